@@ -1,0 +1,8 @@
+/// \file
+/// Every public header of the library. Include the header of the class you need instead where build time counts.
+
+#pragma once
+
+#include "Foundation/Iff/FL.h"
+#include "Foundation/Platform/Export.h"
+#include "Foundation/Platform/Types.h"

@@ -1,0 +1,214 @@
+/// \file
+/// The record of one open chunk file and its nesting levels. Internal to the engine.
+///
+/// All bytes pass through a window: the part of the source that is in memory. For a memory file it is the whole block,
+/// else a buffer. While reading, fCur to fEnd is what can be taken without asking the system and fEndPos is the file's
+/// position at fEnd, so that only fCur moves per chunk and the position follows from it:
+///
+///     window   [ consumed | fCur … unread … | fEnd ]        position = fEndPos - (fEnd - fCur)
+///
+/// While writing, fOut to fOutEnd is the room left in the window, with fEndPos the position at fOutEnd; fCur and fEnd
+/// are null then, so that the short paths of reading fail by themselves. Bytes put back become a window of their own;
+/// the one they interrupt waits in fWaiting.
+
+#pragma once
+
+#include "Foundation/Iff/FL.h"
+#include "Foundation/Platform/MappedFile.h"
+#include "Foundation/Platform/Process.h"
+
+#include <climits>
+#include <cstddef>
+#include <cstdio>
+
+/// What stands in flags of a level beside the kFLid bits of its current chunk.
+enum : unsigned
+{
+  kFLpending = 0x10000, // reading: the header was read, the chunk is not ended
+  kFLopen = 0x20000     // writing: the chunk is begun, not ended
+};
+
+/// One nesting level. The chunk is the one at hand at this level: for an enclosing level the group that was entered.
+struct FLcontext
+{
+  FLcontext* fParent; // null for the root; in the list of spare levels the next
+  Tint64 fStart;      // position of the level's data: of a group just behind the type id
+  Tint64 fLimit;      // position where the level ends; kFLnoLimit when nothing tells
+  Tint64 fChunkStart; // position of the chunk's data
+  Tint64 fChunkEnd;   // where its data end; the level's end while the size is unknown
+  unsigned fFlags;    // of the chunk; 0 when there is none
+  TuInt32 fId;        // of the chunk
+  Tint32 fSize;       // of the chunk, or a mark
+  TuInt32 fType;      // of the chunk when it is a group
+  unsigned char fMask;      // alignment - 1 of the level
+  unsigned char fChunkMask; // alignment - 1 of the chunk
+};
+
+constexpr Tint64 kFLnoLimit = LLONG_MAX;
+constexpr Tint64 kFLunbounded = 0x7FFFFFF0; // room for a chunk where nothing else limits it
+constexpr Tint64 kFLnoMark = -16;           // high-water mark of a file of unknown size
+constexpr std::size_t kFLwindowSize = 65536;
+
+constexpr TuInt32 kFLgend = 0x47454E44;        // "GEND"
+constexpr TuInt32 kFLpath = 0x50415448;        // "PATH"
+constexpr TuInt32 kFLincl = 0x494E434C;        // "INCL"
+constexpr TuInt32 kFLeovc = 0x454F5643;        // "EOVC": ends a streamed chunk
+constexpr TuInt32 kFLeovcMirrored = 0x43564F45; // "CVOE": what readers of plain chunks look for
+constexpr TuInt32 kFLmarkWord = 0x80000000;    // the size word behind both
+
+/// Where bytes come from or go to when they are not in memory: a descriptor, or a stream of the runtime.
+struct FLtransport
+{
+  int fDescriptor = -1;         // the stream's, where there is one
+  std::FILE* fStream = nullptr;
+  bool fBorrowed = false; // never closed
+  Tint64 fOrigin = 0;     // offset that is position 0
+  int fModeBefore = 0;    // translation mode of a borrowed descriptor
+
+  bool isOpen() const { return fDescriptor >= 0; }
+};
+
+/// A child at the end of a pipe, and the code that stands for its failure.
+struct FLfilter
+{
+  Platform::Process fProcess = 0;
+  int fFailure = 0;
+};
+
+struct _FLfile // NOLINT: the name is the interface's
+{
+  // What every chunk needs
+  const unsigned char* fCur = nullptr;
+  const unsigned char* fEnd = nullptr;
+  Tint64 fEndPos = 0;
+  FLcontext* fLevel = &fRoot;
+  unsigned char* fOut = nullptr;
+  unsigned char* fOutEnd = nullptr;
+  FLcontext fRoot = {};
+
+  _FLfile* fNext = nullptr; // in the list of open files
+  char* fName = nullptr;    // as given
+
+  bool fReads = false;  // opened for reading
+  bool fWrites = false; // opened for writing
+  bool fBoth = false;   // raw transfers go both ways
+  bool fWriting = false; // the last transfer was a write
+  bool fFifo = false;
+  bool fLegacy = false;    // look for the true sizes of old chunks
+  bool fTemporary = false; // removed by FLclose
+  bool fIsPath = false;    // opened by a path
+  bool fSawEnd = false;    // the source reported its end
+  int fFailure = 0;        // why the first write failed: from then on the file is not what it should be
+
+  Tint64 fMark = kFLnoMark; // largest position known to exist, or kFLnoMark
+
+  bool fInMemory = false;
+  unsigned char* fBlock = nullptr; // of a memory file
+  std::size_t fBlockSize = 0;
+  Platform::MappedFile fMapping; // of a mapped one
+
+  FLtransport fTransport;
+  FLtransport fSecond; // a spooled file's output
+  FLfilter fFilters[2];
+
+  unsigned char* fWindow = nullptr; // the buffer of kFLwindowSize bytes, unless a memory file
+  std::size_t fFill = kFLwindowSize; // how much to ask for next
+
+  unsigned char* fPushed = nullptr; // bytes put back; the window while not null
+  struct
+  {
+    const unsigned char* fCur;
+    const unsigned char* fEnd;
+    Tint64 fEndPos;
+  } fWaiting = {};
+
+  unsigned char* fTransfer = nullptr; // for FLbgnread and FLbgnwrite
+  std::size_t fTransferSize = 0;
+  unsigned char* fReserved = nullptr; // what FLbgnwrite gave out, in fTransfer or in the block
+  long fReservedSize = -1;            // what it was asked for; -1: nothing
+  bool fBuffered = false;             // it is a chunk of FLbgnbufchunk
+
+  FLcontext* fSpare = nullptr; // levels to be used again
+
+};
+
+/// Notes \p code as the last failure and returns it.
+inline int FLfail(int code)
+{
+  flerrno = code;
+  return code;
+}
+
+inline TuInt32 FLloadword(const unsigned char* at)
+{
+  return TuInt32(at[0]) << 24 | TuInt32(at[1]) << 16 | TuInt32(at[2]) << 8 | TuInt32(at[3]);
+}
+
+inline void FLstoreword(unsigned char* at, TuInt32 word)
+{
+  at[0] = static_cast<unsigned char>(word >> 24);
+  at[1] = static_cast<unsigned char>(word >> 16);
+  at[2] = static_cast<unsigned char>(word >> 8);
+  at[3] = static_cast<unsigned char>(word);
+}
+
+inline Tint64 FLposition(const _FLfile* file)
+{
+  return file->fWriting ? file->fEndPos - (file->fOutEnd - file->fOut) : file->fEndPos - (file->fEnd - file->fCur);
+}
+
+/// \p size rounded up to the alignment that \p mask stands for.
+inline Tint64 FLpadded(Tint64 size, unsigned mask)
+{
+  return (size + Tint64(mask)) & ~Tint64(mask);
+}
+
+/// Makes the bytes of the window contiguous from fCur on until \p count of them are there or the file ends, without
+/// consuming them; returns how many there are, at most \p count, or -1 with flerrno. \p count is at most kFLpeekMost.
+constexpr long kFLpeekMost = 8192;
+long FLpeek(_FLfile* file, long count);
+
+/// Reads \p count bytes; fewer at the end of the file. -1 with flerrno when the system fails, with what came consumed.
+Tint64 FLtake(_FLfile* file, void* buffer, Tint64 count);
+
+/// Writes all of \p count bytes; none when a memory block has no room for all. 0 or the error.
+int FLemit(_FLfile* file, const void* bytes, std::size_t count);
+
+/// Notes that a write failed, and returns why: kFLioError or kFLbrokenPipe, by errno.
+int FLfailedWrite(_FLfile* file);
+int FLemitzeros(_FLfile* file, Tint64 count);
+
+/// Moves to the absolute position \p target, as FLseek says.
+int FLmove(_FLfile* file, Tint64 target);
+
+/// Overwrites the word at \p position, behind the present one; the position stays.
+int FLpatch(_FLfile* file, Tint64 position, TuInt32 word);
+
+/// Hands the window's bytes to the system.
+int FLdrain(_FLfile* file);
+
+/// Make the window one for reading or for writing; kFLbadMode, kFLfifo, kFLnoMemory or kFLioError when it can't be.
+int FLbeginreading(_FLfile* file);
+int FLbeginwriting(_FLfile* file);
+
+/// Room for \p count bytes in the transfer buffer, keeping the first \p keep of them. Null with kFLnoMemory.
+unsigned char* FLreserve(_FLfile* file, std::size_t count, std::size_t keep);
+
+/// The raw source and target: some bytes, 0 at the end, -1 with flerrno; all bytes, or false with flerrno and in
+/// \p count how many it were.
+std::ptrdiff_t FLreceive(_FLfile* file, void* buffer, std::size_t count);
+bool FLsend(_FLfile* file, FLtransport& transport, const void* bytes, std::size_t& count);
+bool FLcloseTransport(FLtransport& transport);
+
+/// Checks what a header may be here: 0 and the id's flags, or the error.
+int FLclassify(const FLcontext* level, TuInt32 id, unsigned& flags);
+
+/// Enters the group at hand and leaves the present level, without reading or writing.
+int FLpush(_FLfile* file);
+void FLpop(_FLfile* file);
+
+/// Ends reading's chunk at hand where the short path of FLendget does not reach.
+int FLendslow(_FLfile* file);
+
+/// Closes every open file.
+void FLcloseall();

@@ -1,0 +1,277 @@
+// Writing: chunks, groups, buffered chunks.
+
+#include "Foundation/Iff/FLfile.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr Tint64 kLargestSize = 0x7FFFFFFF;
+
+int emitHeader(_FLfile* file, TuInt32 id, TuInt32 size)
+{
+  unsigned char header[8];
+  FLstoreword(header, id);
+  FLstoreword(header + 4, size);
+  return FLemit(file, header, sizeof header);
+}
+
+// Whether a chunk with this many bytes of data fits into what is left of the group.
+bool fits(const _FLfile* file, Tint64 size)
+{
+  const FLcontext* level = file->fLevel;
+  return level->fLimit == kFLnoLimit || size + 8 <= level->fLimit - FLposition(file);
+}
+
+// What every way of beginning a chunk checks first.
+int mayBegin(_FLfile* file, TuInt32 id, Tint32 size, unsigned& flags)
+{
+  if (!file)
+    return FLfail(kFLbadCall);
+  if (!file->fWrites)
+    return FLfail(kFLbadMode);
+  const FLcontext* level = file->fLevel;
+  if (level->fFlags & kFLopen)
+    return FLfail(kFLnestedWrite);
+  if (const int error = FLclassify(level, id, flags))
+    return FLfail(error);
+  if (id == kFLgend) // the engine's own
+    return FLfail(kFLreservedId);
+  if (!fits(file, std::max<Tint32>(size, 0)))
+    return FLfail(kFLpastBlock);
+  return FLbeginwriting(file);
+}
+
+int writeGroup(_FLfile* file, TuInt32 group, TuInt32 type, Tint32 size)
+{
+  if (file && file->fLevel->fParent && !(FLidflags(group) & (kFLidGroup | kFLidIllegal)))
+    return FLfail(kFLbadId);
+  if (type & 0x80000000U)
+    return FLfail(kFLbadId);
+  if (const int error = FLbgnputchunk(file, group, size))
+    return error;
+  unsigned char word[4];
+  FLstoreword(word, type);
+  int error = FLemit(file, word, sizeof word);
+  if (error == 0)
+  {
+    file->fLevel->fType = type;
+    error = FLpush(file);
+  }
+  return error;
+}
+
+} // namespace
+
+int FLbgnputchunk(_FLfile* file, TuInt32 id, Tint32 size)
+{
+  unsigned flags = 0;
+  if (const int error = mayBegin(file, id, size, flags))
+    return error;
+  if (size < 0)
+    size = file->fFifo ? FL_SIZE_STREAMED : FL_SIZE_PATCHED;
+  if (const int error = emitHeader(file, id, TuInt32(size)))
+    return error;
+  file->fReservedSize = -1;
+  FLcontext* level = file->fLevel;
+  level->fFlags = flags | kFLopen;
+  level->fId = id;
+  level->fSize = size;
+  level->fType = 0;
+  level->fChunkStart = FLposition(file);
+  level->fChunkEnd = size >= 0 ? level->fChunkStart + size : level->fLimit;
+  const unsigned ownMask = flags & kFLidGroup ? (flags & kFLidAlign) - 1 : 0;
+  level->fChunkMask = static_cast<unsigned char>(std::max<unsigned>(level->fMask, ownMask));
+  return 0;
+}
+
+long FLput(_FLfile* file, const void* bytes, long count)
+{
+  if (!file)
+    return FLfail(kFLbadCall), 0;
+  const FLcontext* level = file->fLevel;
+  if (!(level->fFlags & kFLopen))
+    return FLfail(kFLnoChunk), 0;
+  if (count < 0)
+    return FLfail(kFLbadSize), 0;
+  if (FLbeginwriting(file) != 0)
+    return 0;
+  if (count > level->fChunkEnd - FLposition(file))
+    return FLfail(kFLpastBlock), 0;
+  return FLemit(file, bytes, std::size_t(count)) == 0 ? count : 0;
+}
+
+long FLputs(_FLfile* file, const char* text)
+{
+  return text ? FLput(file, text, long(std::strlen(text)) + 1) : (FLfail(kFLbadCall), 0);
+}
+
+long FLputchar(_FLfile* file, int c)
+{
+  const unsigned char byte = static_cast<unsigned char>(c);
+  return FLput(file, &byte, 1);
+}
+
+int FLendputchunk(_FLfile* file)
+{
+  if (!file)
+    return FLfail(kFLbadCall);
+  FLcontext* level = file->fLevel;
+  if (!(level->fFlags & kFLopen))
+    return FLendget(file);
+  const unsigned flags = level->fFlags;
+  level->fFlags = 0;
+  level->fId = 0;
+  if (const int error = FLbeginwriting(file))
+    return error;
+  const Tint64 count = FLposition(file) - level->fChunkStart;
+  if (level->fSize >= 0)
+  {
+    if (count != level->fSize)
+      return FLfail(kFLbadSize);
+    return FLemitzeros(file, FLpadded(count, level->fChunkMask) - count);
+  }
+  if (count < 0 || count > kLargestSize)
+    return FLfail(kFLbadSize);
+  const unsigned mask = std::max<unsigned>(level->fChunkMask, 3);
+  if (const int error = FLemitzeros(file, FLpadded(count, mask) - count))
+    return error;
+  if (level->fSize == FL_SIZE_PATCHED)
+    return FLpatch(file, level->fChunkStart - 4, TuInt32(count));
+  return flags & kFLidReserved ? 0 : emitHeader(file, kFLeovc, kFLmarkWord);
+}
+
+int FLbgnwritegroup(_FLfile* file, TuInt32 group, TuInt32 type)
+{
+  return writeGroup(file, group, type, FL_SIZE_UNKNOWN);
+}
+
+int FLbgnwritegroupsize(_FLfile* file, TuInt32 group, TuInt32 type, Tint32 size)
+{
+  return size < 4 ? FLfail(kFLbadSize) : writeGroup(file, group, type, size);
+}
+
+int FLendwritegroup(_FLfile* file)
+{
+  if (!file)
+    return FLfail(kFLbadCall);
+  if (file->fReads)
+    return FLendrgroup(file);
+  const FLcontext* level = file->fLevel;
+  if (!level->fParent)
+    return FLfail(kFLnoGroup);
+  if (level->fFlags & kFLopen)
+    return FLfail(kFLnestedWrite);
+  int error = 0;
+  if (level->fParent->fSize == FL_SIZE_STREAMED)
+    error = emitHeader(file, kFLgend, 0);
+  FLpop(file);
+  const int endError = FLendputchunk(file);
+  return error ? error : endError;
+}
+
+void* FLbgnwrite(_FLfile* file, long count)
+{
+  if (!file)
+    return FLfail(kFLbadCall), nullptr;
+  if (FLbeginwriting(file) != 0)
+    return nullptr;
+  file->fReservedSize = -1;
+  if (count < 0 || count > LONG_MAX - 8)
+    return FLfail(kFLbadSize), nullptr;
+  if (file->fInMemory)
+  {
+    if (count > file->fOutEnd - file->fOut)
+      return FLfail(kFLbadSize), nullptr;
+    file->fReserved = file->fOut;
+  }
+  else
+  {
+    file->fReserved = FLreserve(file, std::size_t(count) + 8, 0);
+    if (!file->fReserved)
+      return nullptr;
+  }
+  file->fReservedSize = count;
+  file->fBuffered = false;
+  return file->fReserved;
+}
+
+int FLendwrite(_FLfile* file, long count)
+{
+  if (!file)
+    return FLfail(kFLbadCall);
+  if (file->fReservedSize < 0 || file->fBuffered)
+    return FLfail(kFLbadCall);
+  if (count == 0)
+    count = file->fReservedSize;
+  if (count < 0 || count > file->fReservedSize + 8)
+    return FLfail(kFLbadSize);
+  if (const int error = FLbeginwriting(file))
+    return error;
+  if (!file->fInMemory)
+    return FLemit(file, file->fReserved, std::size_t(count));
+  if (count > file->fOutEnd - file->fReserved)
+    return FLfail(kFLbadSize);
+  file->fOut = file->fReserved + count; // the bytes are in their place
+  return 0;
+}
+
+void* FLbgnbufchunk(_FLfile* file, TuInt32 id, Tint32 size)
+{
+  unsigned flags = 0;
+  if (file && size < 0)
+    return FLfail(kFLbadSize), nullptr;
+  if (mayBegin(file, id, size, flags) != 0)
+    return nullptr;
+  const FLcontext* level = file->fLevel;
+  if (!level->fParent)
+    return FLfail(kFLbadRoot), nullptr;
+  const Tint64 padded = FLpadded(size, level->fMask);
+  if (!fits(file, padded))
+    return FLfail(kFLpastBlock), nullptr;
+  if (file->fInMemory && padded + 8 > file->fOutEnd - file->fOut)
+    return FLfail(kFLbadSize), nullptr;
+  unsigned char* buffer = static_cast<unsigned char*>(FLbgnwrite(file, size));
+  if (!buffer)
+    return nullptr;
+  FLstoreword(buffer, id);
+  FLstoreword(buffer + 4, TuInt32(size));
+  file->fBuffered = true;
+  return buffer + 8;
+}
+
+int FLendbufchunk(_FLfile* file, Tint32 actual)
+{
+  if (!file)
+    return FLfail(kFLbadCall);
+  if (file->fReservedSize < 0 || !file->fBuffered)
+    return FLfail(kFLnoChunk);
+  if (actual > file->fReservedSize)
+    return FLfail(kFLbadSize);
+  if (actual == 0)
+    actual = Tint32(file->fReservedSize);
+  file->fReservedSize = -1;
+  if (actual < 0)
+    return 0;
+  FLstoreword(file->fReserved + 4, TuInt32(actual));
+  const std::size_t whole = std::size_t(actual) + 8;
+  if (const int error = FLbeginwriting(file))
+    return error;
+  if (file->fInMemory)
+    file->fOut = file->fReserved + whole;
+  else if (const int error = FLemit(file, file->fReserved, whole))
+    return error;
+  return FLemitzeros(file, FLpadded(actual, file->fLevel->fMask) - actual);
+}
+
+int FLputtypedchunk(_FLfile* file, TuInt32 id, Tint32 size, const void* data, TuInt32 type)
+{
+  if (size < 4)
+    return FLfail(file ? kFLbadSize : kFLbadCall);
+  if (const int error = FLbgnputchunk(file, id, size))
+    return error;
+  FLput(file, &type, 4);
+  FLput(file, data, size - 4);
+  return FLendputchunk(file);
+}
