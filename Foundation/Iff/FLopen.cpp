@@ -42,13 +42,15 @@ struct Freer
 };
 using Text = std::unique_ptr<char, Freer>;
 
-Text copyText(const char* text, std::size_t length)
+// The first `length` characters of `text`, and `tail` behind them. Null with flerrno.
+Text copyText(const char* text, std::size_t length, const char* tail = "")
 {
-  char* copy = static_cast<char*>(FLmalloc(length + 1));
+  const std::size_t tailLength = std::strlen(tail);
+  char* copy = static_cast<char*>(FLmalloc(length + tailLength + 1));
   if (copy)
   {
     std::memcpy(copy, text, length);
-    copy[length] = 0;
+    std::memcpy(copy + length, tail, tailLength + 1);
   }
   return Text(copy);
 }
@@ -274,11 +276,9 @@ int openRemote(_FLfile* file, const char* name, const char* colon)
     transfer = transfer->next;
   if (transfer)
   {
-    const std::size_t length = std::strlen(transfer->command);
-    const Text words = copyText(transfer->command, length + std::strlen(account.get()));
+    const Text words = copyText(transfer->command, std::strlen(transfer->command), account.get());
     if (!words)
       return kFLnoMemory;
-    std::memcpy(words.get() + length, account.get(), std::strlen(account.get()) + 1);
     for (char* word = std::strtok(words.get(), " \t"); word; word = std::strtok(nullptr, " \t"))
     {
       if (count + 3 >= kMostArguments)
@@ -438,7 +438,8 @@ int openName(_FLfile* file, const char* name, bool literal, unsigned openFlags, 
     error = examineTransport(file);
   if (error == 0 && filtered)
   {
-    const char* const argv[] = {filter, nullptr};
+    // Text that does not get smaller is no failure.
+    const char* const argv[] = {filter, file->fReads ? nullptr : "-f", nullptr};
     error = runBetween(file, argv, nullptr, file->fReads ? kFLbadCompression : kFLbadPipe);
   }
   if (error == 0 && spools && file->fWrites && file->fFifo)

@@ -219,10 +219,7 @@ int leaveGroups(_FLfile* file, const FLcontext* outer)
   while (status == 0 && file->fLevel != outer)
   {
     FLcontext* level = file->fLevel;
-    const Tint32 groupSize = level->fParent->fSize;
-    if (groupSize >= 0)
-      status = FLmove(file, level->fStart + groupSize - 4);
-    else
+    if (level->fParent->fSize < 0)
     {
       status = FLbgnget(file, nullptr, nullptr);
       if (status == kFLgroupHeader && level->fSize < 0)
@@ -244,7 +241,7 @@ int leaveGroups(_FLfile* file, const FLcontext* outer)
     }
     FLpop(file);
     if (status == 0)
-      status = endGroup(file);
+      status = endGroup(file); // of known size: straight to its end
   }
   while (file->fLevel != outer)
     FLpop(file);

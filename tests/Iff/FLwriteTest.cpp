@@ -1,0 +1,220 @@
+#include "tests/Iff/Chunks.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <memory>
+
+namespace {
+
+using Script = std::function<void(_FLfile*)>;
+
+void put(_FLfile* file, const char* name, const std::string& data, bool sized = true)
+{
+  EXPECT_EQ(FLbgnputchunk(file, id(name), sized ? Tint32(data.size()) : -1), 0);
+  EXPECT_EQ(FLput(file, data.data(), long(data.size())), long(data.size()));
+  EXPECT_EQ(FLendputchunk(file), 0);
+}
+
+// What the script leaves in a file, a memory block, a pipe, and a pipe through a spool.
+struct Outputs
+{
+  std::string file, memory, pipe, spooled;
+
+  explicit Outputs(const Script& script)
+  {
+    const Scratch scratch;
+    const auto run = [&](const std::string& name, const char* mode)
+    {
+      _FLfile* out = FLopen(name.c_str(), mode);
+      ASSERT_TRUE(out) << name << ": " << FLstrerror(flerrno);
+      script(out);
+      EXPECT_EQ(FLclose(out), 0) << name << ": " << FLstrerror(flerrno);
+    };
+    run(scratch.path("file"), "w");
+    file = scratch.read("file");
+    memory.assign(file.size(), '#'); // exactly the room that it needs
+    run(memoryName(memory.data(), memory.size()), "w");
+    run(std::string("pipe:") + FLRCP + " -w x:" + scratch.path("pipe"), "w");
+    pipe = scratch.read("pipe");
+    run(std::string("pipe:") + FLRCP + " -w x:" + scratch.path("spooled"), "ws");
+    spooled = scratch.read("spooled");
+  }
+};
+
+} // namespace
+
+TEST(FLwrite, patchesWhereItCanAndStreamsWhereItCannot)
+{
+  const Outputs out(
+    [](_FLfile* file)
+    {
+      EXPECT_EQ(FLbgnwritegroup(file, id("FORM"), id("TEST")), 0);
+      put(file, "AAAA", "123");
+      put(file, "BBBB", "12345", false);
+      put(file, "CCCC", "", false);
+      EXPECT_EQ(FLbgnwritegroup(file, id("FOR8"), id("TEST")), 0);
+      put(file, "DDDD", "1");
+      put(file, "EEEE", "1", false);
+      EXPECT_EQ(FLendwritegroup(file), 0);
+      EXPECT_EQ(FLbgnwritegroupsize(file, id("LIST"), id("TEST"), 14), 0);
+      put(file, "FFFF", "1");
+    }); // FLclose ends what is open
+  const std::string list = chunk("LIST", "TEST" + chunk("FFFF", "1"));
+  const std::string patched =
+    chunk("FORM", "TEST" + chunk("AAAA", "123") + header("BBBB", 5) + padded("12345", 4) + chunk("CCCC", "") +
+                    chunk("FOR8", "TEST" + chunk("DDDD", "1", 8) + chunk("EEEE", "1", 8), 8) + list, 4);
+  EXPECT_EQ(out.file, patched);
+  EXPECT_EQ(out.memory, patched);
+  EXPECT_EQ(out.spooled, patched);
+  // The group of 8 begins its padding with its own data: 4 + 16 + 24 + 8 bytes are 4 short of a multiple of 8.
+  const std::string inner = "TEST" + chunk("DDDD", "1", 8) + header("EEEE", kStreamed) + padded("1", 8) + kEovc + kGend;
+  const std::string body = "TEST" + chunk("AAAA", "123") + header("BBBB", kStreamed) + padded("12345", 4) + kEovc +
+                           header("CCCC", kStreamed) + kEovc + header("FOR8", kStreamed) + padded(inner, 8) + list + kGend;
+  EXPECT_EQ(out.pipe, header("FORM", kStreamed) + padded(body, 4));
+}
+
+// Sizes are patched wherever the header has got to by then: in the window, flushed, and across its end.
+TEST(FLwrite, patchesAcrossTheWindow)
+{
+  for (std::size_t before = 65536 - 40; before < 65536 + 8; ++before)
+  {
+    const Outputs out(
+      [before](_FLfile* file)
+      {
+        FLbgnwritegroup(file, id("FOR4"), id("TEST"));
+        put(file, "AAAA", std::string(before - 28, 'a'));
+        put(file, "BBBB", std::string(before % 2 ? 10 : 70000, 'b'), false);
+      });
+    const std::string expected = chunk("FOR4", "TEST" + chunk("AAAA", std::string(before - 28, 'a'), 4) +
+                                                 chunk("BBBB", std::string(before % 2 ? 10 : 70000, 'b'), 4));
+    ASSERT_TRUE(out.file == expected && out.memory == expected && out.spooled == expected) << before;
+  }
+}
+
+TEST(FLwrite, refusesWhatWouldBreakTheFile)
+{
+  const Scratch scratch;
+  _FLfile* file = FLopen(scratch.path("out").c_str(), "w");
+  ASSERT_TRUE(file);
+  const auto begin = [&](const char* name, Tint32 size) { return FLbgnputchunk(file, id(name), size); };
+  EXPECT_EQ(begin("AAAA", 0), kFLbadRoot);
+  EXPECT_EQ(begin("PROP", 4), kFLbadRoot);
+  EXPECT_EQ(FLbgnbufchunk(file, id("FORM"), 4), nullptr);
+  EXPECT_EQ(flerrno, kFLbadRoot);
+  EXPECT_EQ(FLendwritegroup(file), kFLnoGroup);
+  EXPECT_EQ(FLbgnwritegroup(file, id("FORM"), 0x80000000), kFLbadId);
+  EXPECT_EQ(FLbgnwritegroupsize(file, id("FORM"), id("TEST"), 3), kFLbadSize);
+  EXPECT_EQ(FLtell(file), 0);
+
+  ASSERT_EQ(FLbgnwritegroupsize(file, id("FORM"), id("TEST"), 24), 0);
+  EXPECT_EQ(FLbgnwritegroup(file, id("AAAA"), id("TEST")), kFLbadId);
+  EXPECT_EQ(begin("FOR3", 0), kFLreservedId);
+  EXPECT_EQ(begin("GEND", 0), kFLreservedId);
+  EXPECT_EQ(begin("PROP", 4), kFLunexpectedBlock);
+  EXPECT_EQ(begin("AAAA", 13), kFLpastBlock);
+  EXPECT_EQ(FLbgnbufchunk(file, id("AAAA"), 13), nullptr);
+  EXPECT_EQ(FLbgnbufchunk(file, id("AAAA"), -1), nullptr);
+  EXPECT_EQ(flerrno, kFLbadSize);
+  EXPECT_EQ(FLendbufchunk(file, 0), kFLnoChunk);
+  EXPECT_EQ(FLput(file, "1", 1), 0);
+  EXPECT_EQ(flerrno, kFLnoChunk);
+  EXPECT_EQ(FLtell(file), 12);
+
+  ASSERT_EQ(begin("AAAA", 12), 0);
+  EXPECT_EQ(begin("BBBB", 0), kFLnestedWrite);
+  EXPECT_EQ(FLbgnbufchunk(file, id("BBBB"), 0), nullptr);
+  EXPECT_EQ(FLendwritegroup(file), kFLnestedWrite);
+  EXPECT_EQ(FLput(file, "1234567890123", 13), 0);
+  EXPECT_EQ(flerrno, kFLpastBlock);
+  EXPECT_EQ(FLput(file, "1234567890", 10), 10);
+  EXPECT_EQ(FLendputchunk(file), kFLbadSize);
+  EXPECT_EQ(FLget(file, nullptr, 0), 0);
+  EXPECT_EQ(FLbgnget(file, nullptr, nullptr), kFLbadMode);
+  flerrno = 0;
+  EXPECT_EQ(FLclose(file), -1); // the group promised more
+  EXPECT_EQ(flerrno, kFLbadSize);
+}
+
+TEST(FLwrite, buffersChunks)
+{
+  const Outputs out(
+    [](_FLfile* file)
+    {
+      FLbgnwritegroup(file, id("FOR4"), id("TEST"));
+      std::memset(FLbgnbufchunk(file, id("XXXX"), 20), 'x', 20); // leaves the buffer dirty
+      EXPECT_EQ(FLendbufchunk(file, -1), 0);
+      std::memset(FLbgnbufchunk(file, id("AAAA"), 9), 'a', 9);
+      EXPECT_EQ(FLendbufchunk(file, 10), kFLbadSize);
+      EXPECT_EQ(FLendbufchunk(file, 5), 0);
+      EXPECT_EQ(FLendbufchunk(file, 5), kFLnoChunk);
+      std::memset(FLbgnbufchunk(file, id("BBBB"), 3), 'b', 3);
+      EXPECT_EQ(FLendbufchunk(file, 0), 0);
+      EXPECT_EQ(FLputtypedchunk(file, id("CCCC"), 6, "cc", 0), 0);
+      EXPECT_EQ(FLputtypedchunk(file, id("CCCC"), 3, "cc", 0), kFLbadSize);
+      FLbgnputchunk(file, id("DDDD"), 4);
+      EXPECT_EQ(FLputs(file, "dd"), 3);
+      EXPECT_EQ(FLputchar(file, 'd'), 1);
+      FLendputchunk(file);
+      std::memcpy(FLbgnwrite(file, 8), "EEEE\0\0\0", 8);
+      EXPECT_EQ(FLendwrite(file, 17), kFLbadSize);
+      EXPECT_EQ(FLendwrite(file, 0), 0);
+      FLendwritegroup(file);
+    });
+  const std::string expected =
+    chunk("FOR4", "TEST" + chunk("AAAA", "aaaaa", 4) + chunk("BBBB", "bbb", 4) +
+                    chunk("CCCC", std::string(4, '\0') + "cc", 4) + chunk("DDDD", std::string("dd\0d", 4)) +
+                    chunk("EEEE", ""));
+  EXPECT_EQ(out.file, expected);
+  EXPECT_EQ(out.spooled, expected);
+}
+
+TEST(FLwrite, saysWhenAMemoryBlockIsFull)
+{
+  for (std::size_t size = 0; size <= 32; ++size)
+  {
+    const std::unique_ptr<char[]> block(new char[size]); // so that a write past it is seen
+    _FLfile* file = FLopen(memoryName(block.get(), size).c_str(), "w");
+    FLbgnwritegroup(file, id("FORM"), id("TEST"));
+    EXPECT_EQ(FLbgnbufchunk(file, id("AAAA"), 9) != nullptr, size >= 30) << size;
+    FLbgnputchunk(file, id("AAAA"), 9);
+    FLput(file, "123456789", 9);
+    EXPECT_EQ(FLclose(file), size == 32 ? 0 : -1) << size; // the group is padded to 4
+  }
+}
+
+// Reading and writing in turns, where the mode lets both.
+TEST(FLwrite, switchesToReadingAndBack)
+{
+  const Scratch scratch;
+  scratch.write("file", "0123456789");
+  _FLfile* file = FLopen(scratch.path("file").c_str(), "r+");
+  char byte = 0;
+  EXPECT_EQ(FLread(file, &byte, 1), 1);
+  EXPECT_EQ(FLwrite(file, "ab", 2), 2);
+  EXPECT_EQ(FLread(file, &byte, 1), 1);
+  EXPECT_EQ(byte, '3');
+  EXPECT_EQ(FLseek(file, 8, 0), 0);
+  EXPECT_EQ(FLwrite(file, "yzZ", 3), 3);
+  EXPECT_EQ(FLclose(file), 0);
+  EXPECT_EQ(scratch.read("file"), "0ab34567yzZ");
+  file = FLopen(scratch.path("file").c_str(), "r");
+  EXPECT_EQ(FLwrite(file, "1", 1), 0);
+  EXPECT_EQ(flerrno, kFLbadMode);
+  FLclose(file);
+}
+
+TEST(FLwrite, rewritesItsOwnBytes)
+{
+  const Scratch scratch;
+  _FLfile* file = FLopen(scratch.path("file").c_str(), "w");
+  EXPECT_EQ(FLwrite(file, "0123456789", 10), 10);
+  EXPECT_EQ(FLseek(file, 4, 2), 0);
+  EXPECT_EQ(FLwrite(file, "ab", 2), 2);
+  EXPECT_EQ(FLseek(file, 0, 2), 0); // the end is where it was
+  EXPECT_EQ(FLwrite(file, "!", 1), 1);
+  EXPECT_EQ(FLread(file, nullptr, 0), 0);
+  EXPECT_EQ(FLclose(file), 0);
+  EXPECT_EQ(scratch.read("file"), "012345ab89!");
+}
