@@ -11,12 +11,15 @@
 ///   _FLfile* file = FLopen("picture.iff", "r");
 ///   TuInt32 id, type;
 ///   Tint32 size;
-///   if (file && FLbgnreadgroup(file, &type, &size) == 0)    // enter the root form
+///   if (file && FLbgnreadgroup(file, &type, &size) == 0)  // enter the root form
 ///   {
-///     while (FLbgnget(file, &id, &size) != 1 && FLerror() == 0)
+///     int status = 0;
+///     while (status == 0 && (status = FLbgnget(file, &id, &size)) != kFLend)
 ///     {
-///       ... FLget(file, buffer, count) ...
-///       FLendget(file);                                     // skips what was not read, and groups whole
+///       if (status == kFLok && id == 0x424D4844)          // "BMHD"
+///         FLget(file, buffer, sizeof buffer);
+///       if (status == kFLok || status == kFLgroupHeader)
+///         status = FLendget(file);                        // skips what was not read, and groups whole
 ///     }
 ///     FLendrgroup(file);
 ///   }

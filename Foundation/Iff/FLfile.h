@@ -56,11 +56,11 @@ constexpr TuInt32 kFLeovc = 0x454F5643;        // "EOVC": ends a streamed chunk
 constexpr TuInt32 kFLeovcMirrored = 0x43564F45; // "CVOE": what readers of plain chunks look for
 constexpr TuInt32 kFLmarkWord = 0x80000000;    // the size word behind both
 
-/// Where bytes come from or go to when they are not in memory: a descriptor, or a stream of the runtime.
+/// Where bytes come from or go to when they are not in memory.
 struct FLtransport
 {
-  int fDescriptor = -1;         // the stream's, where there is one
-  std::FILE* fStream = nullptr;
+  int fDescriptor = -1;
+  std::FILE* fStream = nullptr; // standard input: read through it, so that what others read of it is not lost
   bool fBorrowed = false; // never closed
   Tint64 fOrigin = 0;     // offset that is position 0
   int fModeBefore = 0;    // translation mode of a borrowed descriptor
@@ -88,6 +88,7 @@ struct _FLfile // NOLINT: the name is the interface's
 
   _FLfile* fNext = nullptr; // in the list of open files
   char* fName = nullptr;    // as given
+  const char* fPath = nullptr; // in fName, when it was opened by a path
 
   bool fReads = false;  // opened for reading
   bool fWrites = false; // opened for writing
@@ -96,7 +97,6 @@ struct _FLfile // NOLINT: the name is the interface's
   bool fFifo = false;
   bool fLegacy = false;    // look for the true sizes of old chunks
   bool fTemporary = false; // removed by FLclose
-  bool fIsPath = false;    // opened by a path
   bool fSawEnd = false;    // the source reported its end
   int fFailure = 0;        // why the first write failed: from then on the file is not what it should be
 
@@ -127,9 +127,9 @@ struct _FLfile // NOLINT: the name is the interface's
   unsigned char* fReserved = nullptr; // what FLbgnwrite gave out, in fTransfer or in the block
   long fReservedSize = -1;            // what it was asked for; -1: nothing
   bool fBuffered = false;             // it is a chunk of FLbgnbufchunk
+  unsigned char fBufferedMask = 0;    // of that chunk
 
   FLcontext* fSpare = nullptr; // levels to be used again
-
 };
 
 /// Notes \p code as the last failure and returns it.
@@ -173,10 +173,13 @@ Tint64 FLtake(_FLfile* file, void* buffer, Tint64 count);
 
 /// Writes all of \p count bytes; none when a memory block has no room for all. 0 or the error.
 int FLemit(_FLfile* file, const void* bytes, std::size_t count);
+int FLemitzeros(_FLfile* file, Tint64 count);
 
 /// Notes that a write failed, and returns why: kFLioError or kFLbrokenPipe, by errno.
 int FLfailedWrite(_FLfile* file);
-int FLemitzeros(_FLfile* file, Tint64 count);
+
+/// Whether a mapped file lost bytes that were read; then notes the failure.
+bool FLshrank(const _FLfile* file);
 
 /// Moves to the absolute position \p target, as FLseek says.
 int FLmove(_FLfile* file, Tint64 target);
@@ -203,8 +206,17 @@ bool FLcloseTransport(FLtransport& transport);
 /// Checks what a header may be here: 0 and the id's flags, or the error.
 int FLclassify(const FLcontext* level, TuInt32 id, unsigned& flags);
 
-/// Enters the group at hand and leaves the present level, without reading or writing.
+/// The alignment - 1 of a chunk with these flags: its own where it is a group, at least the level's.
+inline unsigned char FLmaskof(const FLcontext* level, unsigned flags)
+{
+  const unsigned own = flags & kFLidGroup ? (flags & kFLidAlign) - 1 : 0;
+  return static_cast<unsigned char>(own > level->fMask ? own : level->fMask);
+}
+
+/// Enters a level below the present one and leaves it again, without reading or writing. FLenter makes it that of the
+/// group at hand in the level around it, which FLpush does by itself where that is known already.
 int FLpush(_FLfile* file);
+void FLenter(const FLcontext* around, FLcontext* level);
 void FLpop(_FLfile* file);
 
 /// Ends reading's chunk at hand where the short path of FLendget does not reach.

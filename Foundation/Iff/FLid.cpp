@@ -73,11 +73,16 @@ int FLpush(_FLfile* file)
   }
   *level = FLcontext{};
   level->fParent = outer;
-  level->fStart = outer->fChunkStart + 4;
-  level->fLimit = outer->fChunkEnd;
-  level->fMask = outer->fChunkMask;
+  FLenter(outer, level);
   file->fLevel = level;
   return 0;
+}
+
+void FLenter(const FLcontext* around, FLcontext* level)
+{
+  level->fStart = around->fChunkStart + 4;
+  level->fLimit = around->fChunkEnd;
+  level->fMask = around->fChunkMask;
 }
 
 void FLpop(_FLfile* file)

@@ -174,7 +174,7 @@ int openPath(_FLfile* file, const char* path, unsigned openFlags)
   file->fTransport.fDescriptor = Platform::openFile(path, openFlags);
   if (file->fTransport.fDescriptor < 0)
     return FLfail(errno == EISDIR ? kFLnotFile : kFLioError);
-  file->fIsPath = true;
+  file->fPath = path;
   return 0;
 }
 
@@ -182,15 +182,21 @@ int openStream(_FLfile* file, std::FILE* stream, bool readable)
 {
   if (readable != file->fReads || file->fBoth)
     return FLfail(kFLbadMode);
-  if (file->fWrites)
-    std::fflush(stream);
-  file->fTransport.fStream = stream;
-  file->fTransport.fBorrowed = true;
-  file->fTransport.fDescriptor = Platform::descriptorOf(stream);
-  if (file->fTransport.fDescriptor < 0)
-    return FLfail(kFLioError);
-  file->fTransport.fModeBefore = Platform::setBinary(file->fTransport.fDescriptor);
-  file->fTransport.fOrigin = std::max<Tint64>(Platform::streamOffset(stream), 0);
+  FLtransport& transport = file->fTransport;
+  transport.fDescriptor = Platform::descriptorOf(stream);
+  transport.fBorrowed = true;
+  if (file->fReads)
+    transport.fStream = stream;
+  else
+  {
+    const Platform::PipeSignalHold hold;
+    if (std::fflush(stream) != 0) // what others wrote so far comes first
+      return FLfail(kFLioError);
+  }
+  transport.fModeBefore = Platform::setBinary(transport.fDescriptor);
+  const Tint64 offset =
+    file->fReads ? Platform::streamOffset(stream) : Platform::seekTo(transport.fDescriptor, 0, SEEK_CUR);
+  transport.fOrigin = std::max<Tint64>(offset, 0);
   return 0;
 }
 
@@ -289,7 +295,7 @@ int openRemote(_FLfile* file, const char* name, const char* colon)
     argv[count++] = path;
     argv[count] = nullptr;
     char program[kPathSize];
-    if (!std::strchr(argv[0], '/'))
+    if (FLbasename(argv[0]) == argv[0])
     {
       if (!Platform::findProgram(argv[0], searchPath(), program, sizeof program) && !findOnPath(argv[0], program))
         return FLfail(kFLnoFilter);
@@ -453,13 +459,17 @@ int openName(_FLfile* file, const char* name, bool literal, unsigned openFlags, 
 // Waits for the filters once their pipes are closed; notes the first that failed.
 void awaitFilters(_FLfile* file)
 {
+  const bool feedsAnother = file->fFilters[1].fProcess != 0;
   for (FLfilter& filter : file->fFilters)
   {
     if (!filter.fProcess)
       continue;
     const Platform::Ending ending = Platform::waitFor(std::exchange(filter.fProcess, 0));
-    const bool leftEarly = file->fReads && !file->fSawEnd && ending == Platform::Ending::brokenOutput;
-    if (ending == Platform::Ending::success || leftEarly || flerrno != 0)
+    // Nobody may have read all that the filter had to give: its reader left early, or says itself why it failed.
+    const bool cutOff = ending == Platform::Ending::brokenOutput ||
+                        (ending == Platform::Ending::failure && !Platform::kTellsBrokenOutput);
+    const bool excused = file->fReads && cutOff && (!file->fSawEnd || (feedsAnother && &filter == file->fFilters));
+    if (ending == Platform::Ending::success || excused || flerrno != 0)
       continue;
     FLfail(ending == Platform::Ending::failure ? filter.fFailure : int(kFLbrokenPipe));
   }
@@ -503,9 +513,6 @@ void release(_FLfile* file)
   {
     if (!file->fFailure)
       copySpooled(file);
-    std::FILE* stream = file->fSecond.fStream;
-    if (stream && std::fflush(stream) != 0)
-      FLfail(kFLioError);
     if (!FLcloseTransport(file->fSecond))
       FLfail(kFLioError);
   }
@@ -552,7 +559,7 @@ _FLfile* openFile(const char* name, const char* mode, bool literal)
     flags |= Platform::kOpenWrite;
   if (file->fWrites)
     flags |= Platform::kOpenCreate | (has('x') ? unsigned(Platform::kOpenExclusive) : 0U);
-  const int error = file->fName ? openName(file, name, literal, flags, has('s')) : int(kFLnoMemory);
+  const int error = file->fName ? openName(file, file->fName, literal, flags, has('s')) : int(kFLnoMemory);
   if (error != 0)
   {
     const int savedError = errno;
@@ -633,7 +640,7 @@ int FLsettmp(_FLfile* file)
 {
   if (!file)
     return FLfail(kFLbadCall);
-  if (!file->fIsPath)
+  if (!file->fPath)
     return FLfail(kFLnotFile);
   file->fTemporary = true;
   return 0;
@@ -652,23 +659,24 @@ int FLclose(_FLfile* file)
     while (error == 0 && file->fLevel->fParent)
       error = FLendwritegroup(file);
   }
-  if (file->fWriting && flerrno == 0)
-    FLflush(file);
-  if (file->fFailure && flerrno == 0)
-    FLfail(file->fFailure);
+  const int ending = std::exchange(flerrno, 0);
+  if (file->fFailure == 0)
+    FLdrain(file); // also where a chunk was not what it promised: the others are
+  if (ending != 0 || file->fFailure != 0)
+    flerrno = ending != 0 ? ending : file->fFailure;
   // A file may also have lost bytes that the last page of its mapping replaced by zeros.
   Platform::Examination now;
-  if (file->fMapping.base() && flerrno == 0 &&
-      (file->fMapping.shrunk() || !Platform::examine(file->fTransport.fDescriptor, now) || now.size < file->fMark))
-    FLfail(kFLioError);
-  const Text temporary(file->fTemporary ? std::exchange(file->fName, nullptr) : nullptr);
-  release(file);
-  if (temporary)
+  if (file->fMapping.base() && flerrno == 0 && !FLshrank(file) &&
+      (!Platform::examine(file->fTransport.fDescriptor, now) || now.size < file->fMark))
   {
-    const char* mapped = behind(temporary.get(), "mmap:");
-    if (!Platform::removeFile(mapped ? mapped : temporary.get()))
-      FLfail(kFLioError);
+    errno = EIO;
+    FLfail(kFLioError);
   }
+  const Text name(file->fTemporary ? std::exchange(file->fName, nullptr) : nullptr);
+  const char* temporary = file->fTemporary ? file->fPath : nullptr;
+  release(file);
+  if (temporary && !Platform::removeFile(temporary))
+    FLfail(kFLioError);
   if (flerrno != 0)
     return -1;
   flerrno = before;

@@ -68,8 +68,8 @@ long distanceToNext(_FLfile* file, Tint64 room)
     report(level, id, size);
     return level->fFlags & kFLidGroup ? kFLgroupHeader : kFLok;
   }
-  if (file->fMapping.shrunk())
-    return FLfail(kFLioError);
+  if (FLshrank(file))
+    return kFLioError;
 
   const Tint64 position = FLposition(file);
   const Tint64 room = level->fLimit == kFLnoLimit ? kFLunbounded : level->fLimit - position;
@@ -80,8 +80,8 @@ long distanceToNext(_FLfile* file, Tint64 room)
   const long ahead = FLpeek(file, 8);
   if (ahead < 8)
     return ahead < 0 ? flerrno : kFLend;
-  if (file->fMapping.shrunk())
-    return FLfail(kFLioError);
+  if (FLshrank(file))
+    return kFLioError;
   const TuInt32 chunkId = FLloadword(file->fCur);
   Tint32 chunkSize = Tint32(FLloadword(file->fCur + 4));
   if (file->fLegacy && isLegacy(chunkId) && level->fParent)
@@ -134,9 +134,7 @@ long distanceToNext(_FLfile* file, Tint64 room)
   level->fType = type;
   level->fChunkStart = position + 8;
   level->fChunkEnd = chunkSize >= 0 ? level->fChunkStart + chunkSize : level->fLimit;
-  // Only groups bring an alignment of their own.
-  const unsigned ownMask = flags & kFLidGroup ? (flags & kFLidAlign) - 1 : 0;
-  level->fChunkMask = static_cast<unsigned char>(std::max<unsigned>(level->fMask, ownMask));
+  level->fChunkMask = FLmaskof(level, flags);
   if (chunkId == kFLgend)
     return kFLend;
   report(level, id, size);
@@ -153,14 +151,14 @@ long distanceToNext(_FLfile* file, Tint64 room)
     return FLfail(kFLnoChunk), 0;
   if (count < 0)
     return FLfail(kFLbadSize), 0;
-  if (const int error = FLbeginreading(file))
-    return (void)error, 0;
+  if (FLbeginreading(file) != 0)
+    return 0;
   const Tint64 position = FLposition(file);
   const Tint64 left = level->fChunkEnd == kFLnoLimit ? kFLnoLimit : std::max<Tint64>(level->fChunkEnd - position, 0);
   const bool tooMuch = count > left;
   const bool failed = FLtake(file, buffer, std::min<Tint64>(count, left)) < 0;
-  if (file->fMapping.shrunk())
-    return FLfail(kFLioError), 0;
+  if (FLshrank(file))
+    return 0;
   if (tooMuch && !failed)
     FLfail(kFLpastBlock);
   return long(FLposition(file) - position);
@@ -234,7 +232,8 @@ int leaveGroups(_FLfile* file, const FLcontext* outer)
       }
       if (status != kFLend)
         break;
-      const long ahead = FLpeek(file, 8);
+      const bool markFits = level->fLimit == kFLnoLimit || level->fLimit - FLposition(file) >= 8;
+      const long ahead = markFits ? FLpeek(file, 8) : 0;
       if (ahead == 8 && FLloadword(file->fCur) == kFLeovc && FLloadword(file->fCur + 4) == kFLmarkWord)
         file->fCur += 8;
       status = ahead < 0 ? flerrno : 0;
@@ -253,7 +252,7 @@ int leaveGroups(_FLfile* file, const FLcontext* outer)
 
 int FLbgnget(_FLfile* file, TuInt32* id, Tint32* size)
 {
-  if (file && file->fEnd - file->fCur >= 8) [[likely]]
+  if (file && file->fEnd - file->fCur >= 8 && file->fReads) [[likely]]
   {
     FLcontext* level = file->fLevel;
     const TuInt32 chunkId = FLloadword(file->fCur);
@@ -317,8 +316,8 @@ int FLendslow(_FLfile* file)
     return 0;
   if (const int error = FLbeginreading(file))
     return error;
-  if (file->fMapping.shrunk())
-    return FLfail(kFLioError);
+  if (FLshrank(file))
+    return kFLioError;
   int error = 0;
   if (level->fSize >= 0)
     error = FLmove(file, level->fChunkStart + FLpadded(level->fSize, level->fChunkMask));
@@ -354,10 +353,9 @@ void* FLbgnread(_FLfile* file, long count)
     file->fCur += count;
     return const_cast<unsigned char*>(file->fCur - count); // the block is the caller's, who may write to it
   }
-  const bool sizeKnown = !file->fFifo && file->fMark != kFLnoMark;
-  if (sizeKnown && count > file->fMark - position)
-    return FLfail(kFLbadSize), nullptr;
   // Where nothing tells how much there is, the buffer grows with what came, not with what was asked for.
+  const bool sizeKnown = !file->fFifo && file->fMark != kFLnoMark && count <= file->fMark - position;
+  file->fReservedSize = -1; // what lay in the buffer is gone
   Tint64 held = 0;
   unsigned char* buffer = FLreserve(file, 1, 0);
   while (buffer && held < count)
@@ -371,7 +369,11 @@ void* FLbgnread(_FLfile* file, long count)
       return nullptr;
     held += got;
     if (got < piece)
+    {
+      if (!file->fFifo && FLmove(file, position) != 0)
+        return nullptr;
       return FLfail(kFLbadSize), nullptr;
+    }
   }
   return buffer;
 }
@@ -405,6 +407,8 @@ int FLendrgroup(_FLfile* file)
 {
   if (!file)
     return FLfail(kFLbadCall);
+  if (!file->fReads)
+    return FLfail(kFLbadMode);
   if (!file->fLevel->fParent)
     return FLfail(kFLnoGroup);
   if (const int error = FLbeginreading(file))

@@ -29,6 +29,15 @@ void setWindow(_FLfile* file, const unsigned char* from, const unsigned char* to
   file->fEndPos = endPosition;
 }
 
+// Notes that the file reaches to the present position at least. Where a step went is not known to be in the file; what
+// was read or written is.
+void raiseMark(_FLfile* file)
+{
+  const bool sought = !file->fWriting && file->fEnd == file->fWindow;
+  if (file->fMark != kFLnoMark && !file->fInMemory && !sought)
+    file->fMark = std::max(file->fMark, FLposition(file));
+}
+
 // Gives the bytes put back away and goes on with those that they interrupted.
 void dropPushed(_FLfile* file)
 {
@@ -64,6 +73,7 @@ bool fill(_FLfile* file, std::size_t wanted, bool& failed)
   }
   if (file->fInMemory)
     return false;
+  raiseMark(file);
   // A stream of the runtime is not read ahead: what the engine does not need is its next reader's.
   const std::size_t most = file->fTransport.fStream ? std::min(wanted, kFLwindowSize) : file->fFill;
   const std::ptrdiff_t got = FLreceive(file, file->fWindow, most);
@@ -75,6 +85,19 @@ bool fill(_FLfile* file, std::size_t wanted, bool& failed)
   file->fFill = std::min(file->fFill * 2, kFLwindowSize);
   setWindow(file, file->fWindow, file->fWindow + got, file->fEndPos + got);
   return true;
+}
+
+// Sets the offset of the source or target to what is `position` in the file.
+bool seekSource(const FLtransport& transport, Tint64 position)
+{
+  if (position > LLONG_MAX - transport.fOrigin)
+  {
+    errno = EOVERFLOW;
+    return false;
+  }
+  const Tint64 offset = transport.fOrigin + position;
+  return transport.fStream ? Platform::seekStream(transport.fStream, offset)
+                           : Platform::seekTo(transport.fDescriptor, offset, SEEK_SET) >= 0;
 }
 
 } // namespace
@@ -98,7 +121,7 @@ std::ptrdiff_t FLreceive(_FLfile* file, void* buffer, std::size_t count)
       got = std::ptrdiff_t(std::fread(buffer, 1, count, from.fStream));
       if (got == 0 && std::ferror(from.fStream))
       {
-        if (errno == EINTR)
+        if (Platform::worthAnotherTry(from.fDescriptor, false))
         {
           ++tries;
           continue;
@@ -123,30 +146,21 @@ bool FLsend(_FLfile* file, FLtransport& transport, const void* bytes, std::size_
   if (file->fFifo || file->fSecond.isOpen())
     hold.emplace();
   std::size_t done = 0;
-  bool good = true;
-  while (good && done < count)
+  while (done < count)
   {
     const unsigned char* next = static_cast<const unsigned char*>(bytes) + done;
-    if (!transport.fStream)
+    const std::ptrdiff_t put = Platform::writeSome(transport.fDescriptor, next, count - done);
+    if (put <= 0)
     {
-      const std::ptrdiff_t put = Platform::writeSome(transport.fDescriptor, next, count - done);
-      good = put > 0;
-      if (good)
-        done += std::size_t(put);
-      else if (put == 0)
+      if (put == 0)
         errno = EIO;
+      count = done;
+      FLfailedWrite(file);
+      return false;
     }
-    else
-    {
-      std::clearerr(transport.fStream);
-      done += std::fwrite(next, 1, count - done, transport.fStream);
-      good = done == count || errno == EINTR;
-    }
+    done += std::size_t(put);
   }
-  count = done;
-  if (!good)
-    FLfailedWrite(file);
-  return good;
+  return true;
 }
 
 bool FLcloseTransport(FLtransport& transport)
@@ -171,6 +185,7 @@ int FLbeginreading(_FLfile* file)
   if (const int error = FLdrain(file))
     return error;
   const Tint64 position = FLposition(file);
+  raiseMark(file);
   file->fWriting = false;
   file->fOut = file->fOutEnd = nullptr;
   if (file->fInMemory)
@@ -186,31 +201,23 @@ int FLbeginwriting(_FLfile* file)
     return 0;
   if (!file->fWrites && !file->fBoth)
     return FLfail(kFLbadMode);
-  const Tint64 position = FLposition(file);
-  if (file->fReads)
+  if (file->fCur) // it was read so far
   {
     if (file->fFifo)
       return FLfail(kFLfifo);
-    if (file->fPushed)
-      dropPushed(file);
-  }
-  FLtransport& to = file->fTransport;
-  if (file->fInMemory && TuInt64(position) > file->fBlockSize)
-  {
-    errno = EINVAL;
-    return FLfail(kFLioError);
-  }
-  if (file->fReads && !file->fInMemory)
-  {
-    const Tint64 offset = to.fOrigin + position;
-    if (to.fStream ? !Platform::seekStream(to.fStream, offset) : Platform::seekTo(to.fDescriptor, offset, SEEK_SET) < 0)
+    if (file->fInMemory ? FLposition(file) > Tint64(file->fBlockSize) : !seekSource(file->fTransport, FLposition(file)))
+    {
+      errno = file->fInMemory ? EINVAL : errno;
       return FLfail(kFLioError);
+    }
   }
+  const Tint64 position = FLposition(file);
+  if (file->fPushed)
+    dropPushed(file);
   file->fCur = file->fEnd = nullptr;
   file->fWriting = true;
   file->fOut = file->fInMemory ? file->fBlock + position : file->fWindow;
-  // A stream of the runtime gets every byte at once: others may write to it in between.
-  const std::size_t room = file->fInMemory ? file->fBlockSize - std::size_t(position) : to.fStream ? 0 : kFLwindowSize;
+  const std::size_t room = file->fInMemory ? file->fBlockSize - std::size_t(position) : kFLwindowSize;
   file->fOutEnd = file->fOut + room;
   file->fEndPos = position + Tint64(room);
   return 0;
@@ -254,6 +261,8 @@ Tint64 FLtake(_FLfile* file, void* buffer, Tint64 count)
       if (got == 0)
         break;
       setWindow(file, file->fWindow, file->fWindow, file->fEndPos + got);
+      if (file->fMark != kFLnoMark)
+        file->fMark = std::max(file->fMark, file->fEndPos);
       done += got;
       continue;
     }
@@ -314,9 +323,7 @@ long FLread(_FLfile* file, void* buffer, long count)
   const Tint64 before = FLposition(file);
   if (FLtake(file, buffer, count) < 0)
     return long(FLposition(file) - before);
-  if (file->fMapping.shrunk())
-    return FLfail(kFLioError), 0;
-  return long(FLposition(file) - before);
+  return FLshrank(file) ? 0 : long(FLposition(file) - before);
 }
 
 long FLwrite(_FLfile* file, const void* bytes, long count)
@@ -347,9 +354,18 @@ int FLfailedWrite(_FLfile* file)
   return FLfail(code);
 }
 
+bool FLshrank(const _FLfile* file)
+{
+  if (!file->fMapping.shrunk())
+    return false;
+  errno = EIO;
+  FLfail(kFLioError);
+  return true;
+}
+
 int FLdrain(_FLfile* file)
 {
-  if (!file->fWriting || file->fInMemory || file->fTransport.fStream)
+  if (!file->fWriting || file->fInMemory)
     return 0;
   const std::size_t held = std::size_t(file->fOut - file->fWindow);
   std::size_t sent = held;
@@ -381,7 +397,7 @@ int FLemit(_FLfile* file, const void* bytes, std::size_t count)
   }
   if (const int error = FLdrain(file))
     return error;
-  if (!file->fTransport.fStream && count < kFLwindowSize)
+  if (count < kFLwindowSize)
   {
     std::memcpy(file->fOut, bytes, count);
     file->fOut += count;
@@ -412,17 +428,10 @@ int FLpatch(_FLfile* file, Tint64 position, TuInt32 word)
   }
   if (const int error = FLdrain(file))
     return error;
-  FLtransport& to = file->fTransport;
   const Tint64 present = FLposition(file);
   std::size_t sent = sizeof bytes;
-  if (to.fStream)
-  {
-    if (Platform::seekStream(to.fStream, to.fOrigin + position) && FLsend(file, to, bytes, sent) &&
-        Platform::seekStream(to.fStream, to.fOrigin + present))
-      return 0;
-  }
-  else if (Platform::seekTo(to.fDescriptor, to.fOrigin + position, SEEK_SET) >= 0 && FLsend(file, to, bytes, sent) &&
-           Platform::seekTo(to.fDescriptor, to.fOrigin + present, SEEK_SET) >= 0)
+  if (seekSource(file->fTransport, position) && FLsend(file, file->fTransport, bytes, sent) &&
+      seekSource(file->fTransport, present))
     return 0;
   return FLfailedWrite(file);
 }
@@ -432,14 +441,13 @@ int FLmove(_FLfile* file, Tint64 target)
   const Tint64 position = FLposition(file);
   if (target == position)
     return 0;
+  raiseMark(file);
   if (target < 0)
   {
     errno = EINVAL;
     return FLfail(kFLioError);
   }
-  FLtransport& stream = file->fTransport;
-  const bool writing = file->fWriting;
-  if (writing)
+  if (file->fWriting)
   {
     if (file->fFifo)
       return FLfail(kFLfifo);
@@ -455,11 +463,8 @@ int FLmove(_FLfile* file, Tint64 target)
     }
     if (const int error = FLdrain(file))
       return error;
-    if (stream.fStream ? !Platform::seekStream(stream.fStream, stream.fOrigin + target)
-                       : Platform::seekTo(stream.fDescriptor, stream.fOrigin + target, SEEK_SET) < 0)
+    if (!seekSource(file->fTransport, target))
       return FLfailedWrite(file);
-    if (file->fMark != kFLnoMark)
-      file->fMark = std::max(file->fMark, position);
     file->fEndPos += target - position;
     return 0;
   }
@@ -500,8 +505,7 @@ int FLmove(_FLfile* file, Tint64 target)
     }
     return 0;
   }
-  if (stream.fStream ? !Platform::seekStream(stream.fStream, stream.fOrigin + target)
-                     : Platform::seekTo(stream.fDescriptor, stream.fOrigin + target, SEEK_SET) < 0)
+  if (!seekSource(file->fTransport, target))
     return FLfail(kFLioError);
   const Tint64 beyond = target - file->fEndPos;
   file->fFill = beyond >= 0 && beyond < Tint64(kFLwindowSize) ? kFLwindowSize : kSmallFill;
@@ -526,7 +530,8 @@ int FLseek(_FLfile* file, Tint64 offset, int whence)
   {
     if (file->fMark == kFLnoMark)
       return FLfail(kFLunknownSize);
-    base = file->fWriting ? std::max(file->fMark, position) : file->fMark;
+    raiseMark(file);
+    base = file->fMark;
     offset = offset == LLONG_MIN ? LLONG_MAX : -offset;
   }
   else if (whence != 0)
@@ -548,16 +553,7 @@ int FLflush(_FLfile* file)
 {
   if (!file)
     return FLfail(kFLbadCall);
-  if (const int error = FLdrain(file))
-    return error;
-  if (!file->fWriting || !file->fTransport.fStream)
-    return 0;
-  std::optional<Platform::PipeSignalHold> hold;
-  if (file->fFifo)
-    hold.emplace();
-  if (std::fflush(file->fTransport.fStream) == 0)
-    return 0;
-  return FLfailedWrite(file);
+  return FLdrain(file);
 }
 
 unsigned char* FLreserve(_FLfile* file, std::size_t count, std::size_t keep)
@@ -574,6 +570,7 @@ unsigned char* FLreserve(_FLfile* file, std::size_t count, std::size_t keep)
   if (keep != 0)
     std::memcpy(grown, file->fTransfer, keep);
   std::free(file->fTransfer);
+  file->fReservedSize = -1; // it lay in the old buffer
   file->fTransfer = grown;
   file->fTransferSize = size;
   return grown;

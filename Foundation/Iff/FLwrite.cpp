@@ -43,47 +43,55 @@ int mayBegin(_FLfile* file, TuInt32 id, Tint32 size, unsigned& flags)
   return FLbeginwriting(file);
 }
 
-int writeGroup(_FLfile* file, TuInt32 group, TuInt32 type, Tint32 size)
+// Begins a chunk, or with `type` a group that is entered. The header is written at once, or nothing is.
+int begin(_FLfile* file, TuInt32 id, Tint32 size, const TuInt32* type)
 {
-  if (file && file->fLevel->fParent && !(FLidflags(group) & (kFLidGroup | kFLidIllegal)))
-    return FLfail(kFLbadId);
-  if (type & 0x80000000U)
-    return FLfail(kFLbadId);
-  if (const int error = FLbgnputchunk(file, group, size))
+  unsigned flags = 0;
+  if (const int error = mayBegin(file, id, type && size < 0 ? 4 : size, flags))
     return error;
-  unsigned char word[4];
-  FLstoreword(word, type);
-  int error = FLemit(file, word, sizeof word);
-  if (error == 0)
+  if (type && !(flags & kFLidGroup))
+    return FLfail(kFLbadId);
+  if (size < 0)
+    size = file->fFifo ? FL_SIZE_STREAMED : FL_SIZE_PATCHED;
+  FLcontext* level = file->fLevel;
+  if (type)
   {
-    file->fLevel->fType = type;
-    error = FLpush(file);
+    if (const int error = FLpush(file))
+      return error;
   }
-  return error;
+  unsigned char header[12];
+  FLstoreword(header, id);
+  FLstoreword(header + 4, TuInt32(size));
+  FLstoreword(header + 8, type ? *type : 0);
+  if (const int error = FLemit(file, header, type ? 12 : 8))
+  {
+    if (type)
+      FLpop(file);
+    return error;
+  }
+  file->fReservedSize = -1;
+  level->fFlags = flags | kFLopen;
+  level->fId = id;
+  level->fSize = size;
+  level->fType = type ? *type : 0;
+  level->fChunkStart = FLposition(file) - (type ? 4 : 0);
+  level->fChunkEnd = size >= 0 ? level->fChunkStart + size : level->fLimit;
+  level->fChunkMask = FLmaskof(level, flags);
+  if (type)
+    FLenter(level, file->fLevel);
+  return 0;
+}
+
+int beginGroup(_FLfile* file, TuInt32 group, TuInt32 type, Tint32 size)
+{
+  return type & 0x80000000U ? FLfail(kFLbadId) : begin(file, group, size, &type);
 }
 
 } // namespace
 
 int FLbgnputchunk(_FLfile* file, TuInt32 id, Tint32 size)
 {
-  unsigned flags = 0;
-  if (const int error = mayBegin(file, id, size, flags))
-    return error;
-  if (size < 0)
-    size = file->fFifo ? FL_SIZE_STREAMED : FL_SIZE_PATCHED;
-  if (const int error = emitHeader(file, id, TuInt32(size)))
-    return error;
-  file->fReservedSize = -1;
-  FLcontext* level = file->fLevel;
-  level->fFlags = flags | kFLopen;
-  level->fId = id;
-  level->fSize = size;
-  level->fType = 0;
-  level->fChunkStart = FLposition(file);
-  level->fChunkEnd = size >= 0 ? level->fChunkStart + size : level->fLimit;
-  const unsigned ownMask = flags & kFLidGroup ? (flags & kFLidAlign) - 1 : 0;
-  level->fChunkMask = static_cast<unsigned char>(std::max<unsigned>(level->fMask, ownMask));
-  return 0;
+  return begin(file, id, size, nullptr);
 }
 
 long FLput(_FLfile* file, const void* bytes, long count)
@@ -132,7 +140,7 @@ int FLendputchunk(_FLfile* file)
       return FLfail(kFLbadSize);
     return FLemitzeros(file, FLpadded(count, level->fChunkMask) - count);
   }
-  if (count < 0 || count > kLargestSize)
+  if (count < 0 || (level->fSize == FL_SIZE_PATCHED && count > kLargestSize))
     return FLfail(kFLbadSize);
   const unsigned mask = std::max<unsigned>(level->fChunkMask, 3);
   if (const int error = FLemitzeros(file, FLpadded(count, mask) - count))
@@ -144,12 +152,12 @@ int FLendputchunk(_FLfile* file)
 
 int FLbgnwritegroup(_FLfile* file, TuInt32 group, TuInt32 type)
 {
-  return writeGroup(file, group, type, FL_SIZE_UNKNOWN);
+  return beginGroup(file, group, type, FL_SIZE_UNKNOWN);
 }
 
 int FLbgnwritegroupsize(_FLfile* file, TuInt32 group, TuInt32 type, Tint32 size)
 {
-  return size < 4 ? FLfail(kFLbadSize) : writeGroup(file, group, type, size);
+  return size < 4 ? FLfail(kFLbadSize) : beginGroup(file, group, type, size);
 }
 
 int FLendwritegroup(_FLfile* file)
@@ -161,7 +169,7 @@ int FLendwritegroup(_FLfile* file)
   const FLcontext* level = file->fLevel;
   if (!level->fParent)
     return FLfail(kFLnoGroup);
-  if (level->fFlags & kFLopen)
+  if ((level->fFlags & kFLopen) || (file->fReservedSize >= 0 && file->fBuffered))
     return FLfail(kFLnestedWrite);
   int error = 0;
   if (level->fParent->fSize == FL_SIZE_STREAMED)
@@ -209,10 +217,11 @@ int FLendwrite(_FLfile* file, long count)
     return FLfail(kFLbadSize);
   if (const int error = FLbeginwriting(file))
     return error;
+  if (file->fInMemory && count > file->fOutEnd - file->fReserved)
+    return FLfail(kFLbadSize);
+  file->fReservedSize = -1;
   if (!file->fInMemory)
     return FLemit(file, file->fReserved, std::size_t(count));
-  if (count > file->fOutEnd - file->fReserved)
-    return FLfail(kFLbadSize);
   file->fOut = file->fReserved + count; // the bytes are in their place
   return 0;
 }
@@ -220,14 +229,15 @@ int FLendwrite(_FLfile* file, long count)
 void* FLbgnbufchunk(_FLfile* file, TuInt32 id, Tint32 size)
 {
   unsigned flags = 0;
-  if (file && size < 0)
+  if (file && size < 0 && !(file->fLevel->fFlags & kFLopen))
     return FLfail(kFLbadSize), nullptr;
   if (mayBegin(file, id, size, flags) != 0)
     return nullptr;
   const FLcontext* level = file->fLevel;
   if (!level->fParent)
     return FLfail(kFLbadRoot), nullptr;
-  const Tint64 padded = FLpadded(size, level->fMask);
+  const unsigned char mask = FLmaskof(level, flags);
+  const Tint64 padded = FLpadded(size, mask);
   if (!fits(file, padded))
     return FLfail(kFLpastBlock), nullptr;
   if (file->fInMemory && padded + 8 > file->fOutEnd - file->fOut)
@@ -236,8 +246,8 @@ void* FLbgnbufchunk(_FLfile* file, TuInt32 id, Tint32 size)
   if (!buffer)
     return nullptr;
   FLstoreword(buffer, id);
-  FLstoreword(buffer + 4, TuInt32(size));
   file->fBuffered = true;
+  file->fBufferedMask = mask;
   return buffer + 8;
 }
 
@@ -262,7 +272,7 @@ int FLendbufchunk(_FLfile* file, Tint32 actual)
     file->fOut = file->fReserved + whole;
   else if (const int error = FLemit(file, file->fReserved, whole))
     return error;
-  return FLemitzeros(file, FLpadded(actual, file->fLevel->fMask) - actual);
+  return FLemitzeros(file, FLpadded(actual, file->fBufferedMask) - actual);
 }
 
 int FLputtypedchunk(_FLfile* file, TuInt32 id, Tint32 size, const void* data, TuInt32 type)
@@ -271,7 +281,8 @@ int FLputtypedchunk(_FLfile* file, TuInt32 id, Tint32 size, const void* data, Tu
     return FLfail(file ? kFLbadSize : kFLbadCall);
   if (const int error = FLbgnputchunk(file, id, size))
     return error;
-  FLput(file, &type, 4);
-  FLput(file, data, size - 4);
-  return FLendputchunk(file);
+  const bool put = FLput(file, &type, 4) == 4 && FLput(file, data, size - 4) == size - 4;
+  const int failure = flerrno;
+  const int error = FLendputchunk(file);
+  return put ? error : FLfail(failure);
 }

@@ -20,11 +20,16 @@ enum OpenFlags : unsigned
   kOpenExclusive = 8, // with kOpenCreate: fails with EEXIST on what exists
 };
 
-/// Opens \p path, never inherited by child processes, in binary. -1 with errno; EISDIR for a directory.
+/// Opens \p path, never inherited by child processes and never in the place of a standard stream, in binary. -1 with
+/// errno; EISDIR for a directory.
 int openFile(const char* path, unsigned flags);
 
-/// A nameless file to read and write, gone with its descriptor. -1 with errno.
+/// A nameless file to read and write, gone with its descriptor; otherwise the same.
 int openTemporary();
+
+/// Moves \p descriptor, which it may close for that, out of the places of the standard streams. False with errno and
+/// -1 in its place.
+bool aboveStandard(int& descriptor);
 
 /// What a descriptor leads to.
 struct Examination
@@ -45,6 +50,9 @@ bool examine(int descriptor, Examination& result);
 /// descriptors that do not block are waited for.
 std::ptrdiff_t readSome(int descriptor, void* buffer, std::size_t count);
 std::ptrdiff_t writeSome(int descriptor, const void* bytes, std::size_t count);
+
+/// Call it when a transfer by other means failed with errno: waits for what it lacked and says whether to try again.
+bool worthAnotherTry(int descriptor, bool writing);
 
 /// Sets the offset (whence as in fseek) and returns it; -1 with errno, ESPIPE where there is none.
 Tint64 seekTo(int descriptor, Tint64 offset, int whence);

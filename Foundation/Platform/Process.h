@@ -19,6 +19,9 @@ enum class Ending
   brokenOutput // the signal for a pipe without a reader, or the shell's report of it
 };
 
+/// Whether the system tells an ending with brokenOutput from one with failure.
+extern const bool kTellsBrokenOutput;
+
 /// A pipe whose ends no child inherits: [0] to read, [1] to write. False with errno.
 bool openPipe(int ends[2]);
 

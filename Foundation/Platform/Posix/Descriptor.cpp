@@ -20,18 +20,29 @@ namespace {
 // One call moves at most this much, so that counts fit every interface below.
 constexpr std::size_t kMostAtOnce = std::size_t(1) << 30;
 
-// After a call that failed: whether it is worth another try, having waited for what it needs.
-bool tryAgain(int descriptor, short events)
+} // namespace
+
+bool worthAnotherTry(int descriptor, bool writing)
 {
   if (errno == EINTR)
     return true;
   if (errno != EAGAIN && errno != EWOULDBLOCK)
     return false;
-  pollfd ready{descriptor, events, 0};
+  pollfd ready{descriptor, short(writing ? POLLOUT : POLLIN), 0};
   return poll(&ready, 1, -1) >= 0 || errno == EINTR;
 }
 
-} // namespace
+bool aboveStandard(int& descriptor)
+{
+  if (descriptor > 2)
+    return true;
+  const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, 3);
+  const int savedError = errno;
+  close(descriptor);
+  errno = savedError;
+  descriptor = moved;
+  return moved >= 0;
+}
 
 int openFile(const char* path, unsigned flags)
 {
@@ -43,7 +54,7 @@ int openFile(const char* path, unsigned flags)
   do
     descriptor = open(path, how, 0666);
   while (descriptor < 0 && errno == EINTR);
-  return descriptor;
+  return descriptor < 0 || !aboveStandard(descriptor) ? -1 : descriptor;
 }
 
 int openTemporary()
@@ -56,10 +67,10 @@ int openTemporary()
     errno = ENAMETOOLONG;
     return -1;
   }
-  const int descriptor = mkostemp(path, O_CLOEXEC);
+  int descriptor = mkostemp(path, O_CLOEXEC);
   if (descriptor >= 0)
     unlink(path);
-  return descriptor;
+  return descriptor < 0 || !aboveStandard(descriptor) ? -1 : descriptor;
 }
 
 bool examine(int descriptor, Examination& result)
@@ -85,7 +96,7 @@ std::ptrdiff_t readSome(int descriptor, void* buffer, std::size_t count)
   ssize_t got;
   do
     got = read(descriptor, buffer, count < kMostAtOnce ? count : kMostAtOnce);
-  while (got < 0 && tryAgain(descriptor, POLLIN));
+  while (got < 0 && worthAnotherTry(descriptor, false));
   return got;
 }
 
@@ -94,7 +105,7 @@ std::ptrdiff_t writeSome(int descriptor, const void* bytes, std::size_t count)
   ssize_t put;
   do
     put = write(descriptor, bytes, count < kMostAtOnce ? count : kMostAtOnce);
-  while (put < 0 && tryAgain(descriptor, POLLOUT));
+  while (put < 0 && worthAnotherTry(descriptor, true));
   return put;
 }
 

@@ -1,5 +1,7 @@
 #include "Foundation/Platform/Process.h"
 
+#include "Foundation/Platform/Descriptor.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -16,25 +18,13 @@ extern char** environ;
 namespace Platform {
 
 const char kPathSeparator = ':';
+const bool kTellsBrokenOutput = true;
 const char* const kLibraryDirectories = "/usr/local/lib/flib:/usr/lib/flib";
 
 namespace {
 
 // What a shell's exit status is when its command died of a pipe without a reader.
 constexpr int kShellPipeStatus = 128 + SIGPIPE;
-
-// Keeps the descriptor out of the places of the standard streams, where the child's are put.
-bool aboveStandard(int& descriptor)
-{
-  if (descriptor > 2)
-    return true;
-  const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, 3);
-  const int savedError = errno;
-  close(descriptor);
-  errno = savedError;
-  descriptor = moved;
-  return moved >= 0;
-}
 
 } // namespace
 

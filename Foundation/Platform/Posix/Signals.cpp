@@ -48,7 +48,12 @@ void catchFatalSignals(bool (*note)(int signal))
   action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_RESTART;
   sigemptyset(&action.sa_mask);
   for (const FatalSignal& fatal : kFatalSignals)
-    sigaction(fatal.number, &action, nullptr);
+  {
+    struct sigaction before;
+    const bool ignored = sigaction(fatal.number, nullptr, &before) == 0 && before.sa_handler == SIG_IGN;
+    if (!ignored) // as requests are in a program that outlives its terminal
+      sigaction(fatal.number, &action, nullptr);
+  }
 }
 
 bool isRequest(int signal)

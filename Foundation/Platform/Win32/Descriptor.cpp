@@ -46,7 +46,22 @@ int openTemporary()
     errno = EACCES;
     return -1;
   }
-  return _open(path, _O_RDWR | _O_CREAT | _O_TRUNC | _O_TEMPORARY | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
+  const int descriptor =
+    _open(path, _O_RDWR | _O_CREAT | _O_TRUNC | _O_TEMPORARY | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
+  if (descriptor < 0)
+    DeleteFileA(path); // which the system made to reserve the name
+  return descriptor;
+}
+
+// A child's standard streams are given as handles: it does not matter which descriptors they have here.
+bool aboveStandard(int&)
+{
+  return true;
+}
+
+bool worthAnotherTry(int, bool)
+{
+  return errno == EINTR;
 }
 
 bool examine(int descriptor, Examination& result)

@@ -15,6 +15,7 @@
 namespace Platform {
 
 const char kPathSeparator = ';';
+const bool kTellsBrokenOutput = false;
 const char* const kLibraryDirectories = "C:\\Program Files\\Common Files\\flib";
 
 namespace {
@@ -131,8 +132,11 @@ Process startShell(const char* command, int input, int output)
 try
 {
   const char* shell = std::getenv("COMSPEC");
+  char folder[MAX_PATH + 1];
+  const UINT length = GetSystemDirectoryA(folder, sizeof folder);
+  const std::string usual = std::string(folder, length <= MAX_PATH ? length : 0) + "\\cmd.exe";
   // The shell takes what stands between the outer quotes as it is.
-  return start(shell ? shell : "cmd.exe", std::string("cmd /s /c \"") + command + '"', input, output);
+  return start(shell ? shell : usual.c_str(), std::string("cmd /s /c \"") + command + '"', input, output);
 }
 catch (const std::bad_alloc&)
 {
@@ -159,7 +163,7 @@ bool findProgram(const char* name, const char* path, char* result, std::size_t s
   for (const char* folder = path; folder;)
   {
     const std::size_t length = std::strcspn(folder, ";");
-    for (const char* suffix : {"", ".exe"})
+    for (const char* suffix : {".exe", ""})
     {
       const int total = length == 0
                           ? std::snprintf(result, size, ".\\%s%s", name, suffix)

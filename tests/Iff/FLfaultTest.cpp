@@ -1,0 +1,407 @@
+#include "tests/Iff/Chunks.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+
+#ifndef _WIN32
+#  include <cerrno>
+#  include <csignal>
+#  include <fcntl.h>
+#  include <sys/resource.h>
+#  include <sys/syscall.h>
+#  include <sys/time.h>
+#  include <unistd.h>
+
+namespace {
+
+enum Call
+{
+  kNone,
+  kRead,
+  kWrite,
+  kSeek,
+  kAllocate
+};
+
+// Calls that are to fail: `times` calls behind the first `after`, with an error, or by moving only one byte.
+struct Fault
+{
+  Call call = kNone;
+  int error = 0;
+  int times = 0;
+  int after = 0;
+  int struck = 0;
+};
+Fault gFault;
+
+bool strikes(Call call)
+{
+  if (gFault.call != call || gFault.after-- > 0 || gFault.struck == gFault.times)
+    return false;
+  gFault.after = 0;
+  ++gFault.struck;
+  errno = gFault.error;
+  return true;
+}
+
+} // namespace
+
+// The library finds these before the system's.
+extern "C" ssize_t read(int descriptor, void* buffer, size_t count)
+{
+  const bool struck = strikes(kRead);
+  return struck && gFault.error ? -1 : syscall(SYS_read, descriptor, buffer, struck ? 1 : count);
+}
+
+extern "C" ssize_t write(int descriptor, const void* bytes, size_t count)
+{
+  const bool struck = strikes(kWrite);
+  return struck && gFault.error ? -1 : syscall(SYS_write, descriptor, bytes, struck ? 1 : count);
+}
+
+extern "C" off_t lseek(int descriptor, off_t offset, int whence) noexcept
+{
+  if (strikes(kSeek))
+    return -1;
+#  ifdef SYS__llseek
+  long long result = 0;
+  const long halves[] = {long(offset >> 32), long(offset)};
+  return syscall(SYS__llseek, descriptor, halves[0], halves[1], &result, whence) == 0 ? result : -1;
+#  else
+  return syscall(SYS_lseek, descriptor, offset, whence);
+#  endif
+}
+
+#  ifndef __SANITIZE_ADDRESS__ // whose allocator is not the system's
+extern "C" void* __libc_malloc(size_t size);
+extern "C" void* malloc(size_t size) noexcept
+{
+  return strikes(kAllocate) ? nullptr : __libc_malloc(size);
+}
+#  endif
+#endif
+
+namespace {
+
+// Reads a whole file, what is long only in part, without an allocation of its own. False unless all went well.
+bool readWhole(const char* name, TuInt64& sum)
+{
+  _FLfile* file = FLopen(name, "r");
+  bool good = file;
+  int depth = 0;
+  const auto add = [&sum](TuInt32 word) { sum = (sum ^ word) * 0x100000001B3; };
+  while (good)
+  {
+    TuInt32 name4 = 0, type = 0;
+    Tint32 size = 0;
+    const int status = FLbgnget(file, &name4, &size);
+    add(name4);
+    add(TuInt32(size));
+    if (status == kFLgroupHeader)
+      good = ++depth && FLbgnreadgroup(file, &type, nullptr) == 0;
+    else if (status == kFLok)
+    {
+      const long count = size < 0 || size > 5000 ? 3 : size;
+      const unsigned char* data = static_cast<const unsigned char*>(FLbgnread(file, count));
+      for (long i = 0; data && i < count; ++i)
+        add(data[i]);
+      good = data && FLendget(file) == 0;
+    }
+    else if (status == kFLend && depth-- == 0)
+      break;
+    else
+      good = status == kFLend && FLendrgroup(file) == 0;
+    add(type);
+  }
+  return file && FLclose(file) == 0 && good;
+}
+
+#ifndef _WIN32
+
+// Writes a file with everything that is patched, buffered, longer than a window, and left to FLclose.
+bool writeWhole(const char* name, const char* mode)
+{
+  static const char kData[90000] = {1, 2, 3};
+  _FLfile* file = FLopen(name, mode);
+  if (!file)
+    return false;
+  FLbgnwritegroup(file, id("FOR4"), id("TEST"));
+  FLbgnputchunk(file, id("LONG"), -1);
+  for (int i = 0; i < 100; ++i)
+    FLput(file, kData, 1000);
+  FLendputchunk(file);
+  FLbgnwritegroup(file, id("LIST"), id("TEST"));
+  FLbgnputchunk(file, id("MORE"), sizeof kData);
+  FLput(file, kData, sizeof kData);
+  FLendputchunk(file);
+  FLendwritegroup(file);
+  if (void* place = FLbgnbufchunk(file, id("BUFF"), 9))
+  {
+    std::memset(place, 'b', 9);
+    FLendbufchunk(file, 0);
+  }
+  FLbgnputchunk(file, id("LAST"), -1);
+  FLputs(file, "abc");
+  return FLclose(file) == 0;
+}
+
+std::ptrdiff_t openDescriptors()
+{
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+std::string nested()
+{
+  std::string forms;
+  for (int i = 0; i < 20; ++i)
+    forms += chunk("FORM", "TEST" + chunk("NAME", "abc") + chunk("BODY", std::string(std::size_t(i) * 977, 'b')));
+  return chunk("FORM", "TEST" + chunk("LIST", "TEST" + forms) + chunk("LAST", "z")) +
+         header("FOR4", kStreamed) + "TEST" + header("STRM", kStreamed) + "abcd" + kCvoe + kGend;
+}
+
+// Every single call of each kind fails in turn, once or from then on.
+TEST(FLfault, isReportedWhateverFails)
+{
+  Scratch scratch;
+  const std::string source = scratch.write("source", "abc" + nested() + "end");
+  const std::string plain = scratch.write("plain", nested());
+  const std::string sink = scratch.write("sink", "");
+  const int from = open(source.c_str(), O_RDONLY | O_CLOEXEC);
+  const int to = open(sink.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+  const struct
+  {
+    std::string name;
+    const char* mode; // null to read
+  } scenarios[] = {
+    {plain, nullptr},
+    {"fd:" + std::to_string(from), nullptr},
+    {"mmap:" + plain, nullptr},
+    {"pipe:cat " + plain, nullptr},
+    {sink, "w"},
+    {"fd:" + std::to_string(to), "w"},
+    {"fd:" + std::to_string(to), "ws"},
+    {"pipe:cat >" + sink, "w"},
+    {"pipe:cat >" + sink, "ws"},
+  };
+  const Fault faults[] = {
+    {kRead, EIO, 1},     {kRead, EIO, INT_MAX},  {kRead, EINTR, 3},       {kRead, 0, 1},         {kRead, 0, INT_MAX},
+    {kWrite, EIO, 1},    {kWrite, EINTR, 3},     {kWrite, ENOSPC, 1},     {kWrite, 0, 1},        {kWrite, ENOSPC, INT_MAX},
+    {kWrite, 0, 100},    {kSeek, EIO, 1},        {kSeek, EIO, INT_MAX},   {kAllocate, ENOMEM, 1}, {kAllocate, ENOMEM, INT_MAX},
+  };
+  for (const auto& scenario : scenarios)
+  {
+    TuInt64 sum = 0;
+    const auto run = [&] {
+      lseek(from, 3, SEEK_SET);
+      EXPECT_EQ(ftruncate(to, 0), 0);
+      sum = 0;
+      const bool good = scenario.mode ? writeWhole(scenario.name.c_str(), scenario.mode)
+                                      : readWhole(scenario.name.c_str(), sum);
+      gFault.call = kNone;
+      sum += TuInt64(lseek(from, 0, SEEK_CUR)); // whoever lent it goes on there
+      return good;
+    };
+    ASSERT_TRUE(run()) << scenario.name;
+    const TuInt64 wholeSum = sum;
+    const std::string whole = scratch.read("sink");
+    for (const Fault& fault : faults)
+    {
+      for (int after = 0, struck = 1; struck; ++after)
+      {
+        SCOPED_TRACE(scenario.name + " " + (scenario.mode ? scenario.mode : "r") + ", call " + std::to_string(fault.call) +
+                     ", errno " + std::to_string(fault.error) + " after " + std::to_string(after));
+        const std::ptrdiff_t before = openDescriptors();
+        flerrno = 0;
+        gFault = fault;
+        gFault.after = after;
+        const bool good = run();
+        struck = gFault.struck;
+        const bool told = fault.call == kAllocate ? flerrno != 0 : !good; // FLclose knows of every lost write
+        EXPECT_EQ(told, flerrno != 0);
+        EXPECT_TRUE(!told || (struck && fault.error != 0 && fault.error != EINTR));
+        EXPECT_TRUE(told || (sum == wholeSum && scratch.read("sink") == whole));
+        EXPECT_EQ(openDescriptors(), before);
+      }
+    }
+  }
+  close(from);
+  close(to);
+}
+
+// What a command or a device does in mid-stream, and the code that FLclose then gives.
+TEST(FLfault, noticesWhoDiesAtTheOtherEnd)
+{
+  const Scratch scratch;
+  const std::string input = scratch.write("input", nested());
+  const struct
+  {
+    std::string name;
+    const char* mode;
+    int code;
+  } cases[] = {
+    {"pipe:head -c 70000 " + input + "; kill -9 $$", nullptr, kFLbrokenPipe},
+    {"pipe:cat " + input + "; kill -9 $$", nullptr, kFLbrokenPipe},
+    {"pipe:cat " + input + "; exit 3", nullptr, kFLbadPipe},
+    {"pipe:head -c 10 >" + scratch.path("out"), "w", kFLbrokenPipe},
+    {"pipe:head -c 10 >" + scratch.path("out"), "ws", kFLbrokenPipe},
+    {"pipe:cat >/dev/null; kill -9 $$", "w", kFLbrokenPipe},
+    {"/dev/full", "w", kFLioError},
+    {"/dev/full", "ws", kFLioError},
+  };
+  for (const auto& c : cases)
+  {
+    TuInt64 sum = 0;
+    flerrno = 0;
+    EXPECT_FALSE(c.mode ? writeWhole(c.name.c_str(), c.mode) : readWhole(c.name.c_str(), sum)) << c.name;
+    EXPECT_EQ(flerrno, c.code) << c.name;
+  }
+  for (const char* mode : {"w", "ws"})
+  {
+    const auto writeToNobody = [mode] {
+      int ends[2];
+      if (pipe(ends) != 0 || dup2(ends[1], STDOUT_FILENO) < 0 || close(ends[0]) != 0)
+        _exit(1);
+      _FLfile* file = FLopen("stdout", mode);
+      FLbgnwritegroup(file, id("FORM"), id("TEST"));
+      _exit(FLclose(file) == 0 ? 1 : flerrno);
+    };
+    EXPECT_EXIT(writeToNobody(), testing::ExitedWithCode(kFLbrokenPipe), "") << mode;
+  }
+}
+
+TEST(FLfault, noticesAMappedFileThatShrinks)
+{
+  const Scratch scratch;
+  const std::string bytes = chunk("FORM", "TEST" + chunk("LONG", std::string(20000, 'x')) + chunk("LAST", "y"));
+  for (const long length : {0L, 100L, 4096L, 9000L, long(bytes.size()) - 5})
+  {
+    const std::string path = scratch.write("file", bytes);
+    _FLfile* file = FLopen(("mmap:" + path).c_str(), "r");
+    ASSERT_EQ(FLbgnreadgroup(file, nullptr, nullptr), 0);
+    EXPECT_EQ(FLbgnget(file, nullptr, nullptr), 0);
+    ASSERT_EQ(truncate(path.c_str(), length), 0);
+    std::string data(20000, 0);
+    const bool whole = FLget(file, data.data(), 20000) == 20000;
+    EXPECT_EQ(whole, length > 20000) << length;
+    EXPECT_EQ(FLendget(file), whole ? 0 : kFLioError) << length;
+    EXPECT_EQ(FLclose(file), -1) << length;
+    EXPECT_EQ(flerrno, kFLioError) << length;
+  }
+}
+
+TEST(FLfault, goesOnWhenInterrupted)
+{
+  const Scratch scratch;
+  const std::string path = scratch.write("file", nested());
+  struct sigaction action = {}, before;
+  static volatile std::sig_atomic_t interrupts;
+  action.sa_handler = [](int) { interrupts = interrupts + 1; }; // calls are not resumed by themselves
+  sigaction(SIGALRM, &action, &before);
+  const itimerval often = {{0, 500}, {0, 500}}, never = {};
+  TuInt64 sum = 0, slowSum = 0;
+  EXPECT_TRUE(readWhole(path.c_str(), sum));
+  const std::string slowly = "pipe:for i in 0 1 2 3; do dd bs=50000 count=1 skip=$i status=none if=" + path + "; sleep .02; done";
+  setitimer(ITIMER_REAL, &often, nullptr);
+  EXPECT_TRUE(readWhole(slowly.c_str(), slowSum));
+  EXPECT_TRUE(writeWhole("pipe:sleep .05; cat >/dev/null", "w"));
+  setitimer(ITIMER_REAL, &never, nullptr);
+  sigaction(SIGALRM, &before, nullptr);
+  EXPECT_EQ(slowSum, sum);
+  EXPECT_GT(interrupts, 10);
+}
+
+TEST(FLfault, reportsThatDescriptorsAreExhausted)
+{
+  const Scratch scratch;
+  const std::string path = scratch.write("file", nested());
+  FLsettransfer("somewhere", "/bin/true ");
+  rlimit before;
+  getrlimit(RLIMIT_NOFILE, &before);
+  const std::ptrdiff_t open = openDescriptors();
+  const int lowest = dup(0);
+  close(lowest);
+  const std::string names[] = {path, "mmap:" + path, "pipe:cat " + path, "somewhere:" + path, path + ".Z", "/dev/null"};
+  for (const std::string& name : names)
+  {
+    for (const char* mode : {"r", "w", "ws"})
+    {
+      for (rlim_t spare = 0; spare < 8; ++spare)
+      {
+        SCOPED_TRACE(name + " " + mode + ", descriptors left: " + std::to_string(spare));
+        if (*mode == 'w' && name[0] == 'm')
+          continue;
+        const rlimit few = {rlim_t(lowest) + spare, before.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &few);
+        flerrno = 0;
+        _FLfile* file = FLopen(name.c_str(), mode);
+        EXPECT_TRUE(file ? spare > 0 : flerrno == kFLioError);
+        if (file)
+          FLclose(file);
+        setrlimit(RLIMIT_NOFILE, &before);
+        EXPECT_EQ(openDescriptors(), open);
+      }
+    }
+  }
+  FLsettransfer("somewhere", nullptr);
+}
+
+TEST(FLfault, walksBeyondFourGigabytes)
+{
+  const Scratch scratch;
+  const std::string path = scratch.write("file", "");
+  constexpr Tint64 kThird = 2 * (8 + 0x7FFFFFE8LL);
+  std::filesystem::resize_file(path, kThird + 8 + 0x7FFFFFE8LL);
+  const std::string start = header("FORM", 0x7FFFFFE8) + "TEST" + chunk("NAME", std::string("abc", 4));
+  const int descriptor = open(path.c_str(), O_RDWR);
+  for (const Tint64 at : {0LL, kThird / 2, kThird})
+    ASSERT_EQ(pwrite(descriptor, start.data(), start.size(), at), ssize_t(start.size()));
+  std::vector<std::string> names = {path, "fd:" + std::to_string(descriptor)};
+  if (sizeof(void*) > 4)
+    names.push_back("mmap:" + path);
+  for (const std::string& name : names)
+  {
+    _FLfile* file = FLopen(name.c_str(), "r");
+    EXPECT_EQ(FLskipgroup(file), 0);
+    EXPECT_EQ(FLbgnget(file, nullptr, nullptr), kFLgroupHeader);
+    EXPECT_EQ(FLendget(file), 0);
+    EXPECT_EQ(FLbgnreadgroup(file, nullptr, nullptr), 0);
+    TuInt32 name4 = 0;
+    EXPECT_STREQ(static_cast<char*>(FLgetchunk(file, &name4, nullptr)), "abc") << name;
+    EXPECT_EQ(FLtell(file), kThird + 24);
+    EXPECT_EQ(FLendrgroup(file), 0);
+    EXPECT_EQ(FLbgnget(file, nullptr, nullptr), kFLend);
+    EXPECT_EQ(FLclose(file), 0);
+  }
+  close(descriptor);
+}
+#endif
+
+TEST(FLfault, nestsAMillionGroups)
+{
+  constexpr int kDepth = 1000000;
+  std::string block(12 * kDepth, '\0');
+  _FLfile* file = FLopen(memoryName(block.data(), block.size()).c_str(), "w");
+  int errors = 0;
+  for (int i = 0; i < kDepth; ++i)
+    errors += FLbgnwritegroup(file, id("FOR4"), id("TEST")) != 0;
+  EXPECT_EQ(FLclose(file), 0);
+  std::string unknown;
+  for (int i = 0; i < kDepth; ++i)
+    unknown += header("FOR4", kUnknown) + "TEST";
+  for (const std::string* bytes : {&block, &unknown})
+  {
+    for (const bool enters : {false, true})
+    {
+      file = FLopen(memoryName(bytes->data(), bytes->size()).c_str(), "r");
+      for (int i = 0; enters && i < kDepth; ++i)
+        errors += FLbgnreadgroup(file, nullptr, nullptr) != 0;
+      errors += enters ? FLbgnget(file, nullptr, nullptr) != kFLend : FLskipgroup(file) != 0;
+      EXPECT_EQ(FLtell(file), Tint64(bytes->size()));
+      EXPECT_EQ(FLclose(file), 0);
+    }
+  }
+  EXPECT_EQ(errors, 0);
+}
+} // namespace
