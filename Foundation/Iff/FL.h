@@ -135,9 +135,12 @@ FOUNDATION_API unsigned FLidflags(TuInt32 id);
 /// Others are ignored. Data are never translated. The forms of a name, tried in this order:
 ///
 ///     |command, pipe:command   what the shell command writes (reading) or reads (writing)
-///     stdin, stdout, stderr    the standard streams, through the runtime's buffers; never closed
+///     stdin, stdout, stderr    the standard streams; never closed. Input is taken through the runtime's buffer, no
+///                              more than needed; output begins behind what others wrote, and what they write from
+///                              then on comes before what FLflush or FLclose have not handed over yet
 ///     mmap:path                the file mapped into memory, for reading
-///     fd:number[,size]         an open descriptor, from its present offset on (position 0); never closed
+///     fd:number[,size]         an open descriptor, from its present offset on (position 0); never closed. FLclose
+///                              leaves the offset where reading stopped; from a pipe more may have been taken
 ///     mem:address[,size]       a block of memory that the caller owns and keeps until FLclose; without a size
 ///                              nothing but its contents bounds the walk
 ///     [user@]host:path         a file of another machine, through the host's transfer command (see FLsettransfer),
@@ -145,11 +148,11 @@ FOUNDATION_API unsigned FLidflags(TuInt32 id);
 ///     path                     a local file. A ':' that is the second character or follows a '/' makes no host
 ///
 /// Numbers are decimal, or hexadecimal after 0x. A name that ends in ".Z", other than one in memory, passes through
-/// "zcat" or "compress" (see FLsetfilters). What comes from a pipe, a fifo, a character device or a filter, and what
+/// "zcat" or "compress" (see FLsetfilters; a limit on the forms does not stop that). What comes from a pipe, a fifo, a character device or a filter, and what
 /// is written behind the bytes of a file that was not empty, is a fifo: it is read or written strictly forwards.
 ///
 /// Null with flerrno on failure: kFLbadMode (null or wrong arguments, or a form that cannot be opened that way),
-/// kFLbadName (a form that is switched off or malformed, a host that begins with '-'), kFLnotFile (a directory),
+/// kFLbadName (a form that is switched off or malformed, a host or a remote path that begins with '-'), kFLnotFile (a directory),
 /// kFLbadSize (a block beyond the end of memory), kFLhostError (the host does not resolve), kFLnoFilter (no such
 /// filter command), kFLnoMemory, kFLioError (the system's reason is in errno). Nothing is left open. The root group is
 /// checked by the first FLbgnget, not here.
@@ -179,8 +182,8 @@ FOUNDATION_API unsigned FLsetnameforms(unsigned forms);
 /// switches as they were; 3 at start. With its filter off a name in ".Z" is opened like any other.
 FOUNDATION_API unsigned FLsetfilters(unsigned switches);
 
-/// Sets the command that transfers files of \p host: it is run with host, "read" or "write", and the path behind its
-/// own words (a command that does not end in a blank has the host joined to its last word), without a shell. Null
+/// Sets the command that transfers files of \p host: it is run with [user@]host, "read" or "write", and the path behind
+/// its own words (a command that does not end in a blank has the host joined to its last word), without a shell. Null
 /// takes the setting back. Both texts are copied. Returns 0, kFLbadCall (null host) or kFLnoMemory.
 FOUNDATION_API int FLsettransfer(const char* host, const char* command);
 
@@ -194,7 +197,7 @@ FOUNDATION_API int FLsetpiperetries(int count);
 /// step failed, when an earlier write on the file failed, when a filter failed (kFLbadPipe for a command,
 /// kFLbadCompression for zcat, kFLhostError for a transfer, kFLbrokenPipe when it was killed), or when a mapped file
 /// shrank: 0 means that every byte is where it should be. A reader may close before the end: a filter that dies of
-/// that is no failure.
+/// that is no failure. In a process that ignores the deaths of its children every filter counts as failed.
 FOUNDATION_API int FLclose(_FLfile* file);
 
 /// Lets FLclose remove the file. 0, or kFLnotFile when \p file was not opened by a path.
@@ -222,7 +225,7 @@ FOUNDATION_API int FLbgnget(_FLfile* file, TuInt32* id, Tint32* size);
 
 /// Ends the current chunk: skips what is left of it, and its padding. 0 also when no header is pending. A group whose
 /// size is unknown is walked to its end; a streamed chunk (FL_SIZE_STREAMED) ends behind the bytes "CVOE" 0x80000000.
-/// Errors leave the chunk pending: kFLioError (at most 256 bytes were left and the file does not have them),
+/// Errors leave the chunk pending (a group of unknown size is left all the same): kFLioError (at most 256 bytes were left and the file does not have them),
 /// kFLpastBlock (the same on a fifo), kFLnoEndMarker, and for other unknown sizes kFLinUse (still being written) or,
 /// on a fifo, kFLbadSize.
 FOUNDATION_API int FLendget(_FLfile* file);
@@ -233,13 +236,14 @@ FOUNDATION_API int FLendget(_FLfile* file);
 FOUNDATION_API long FLget(_FLfile* file, void* buffer, long count);
 
 /// Reads like FLget and returns the address of \p count bytes, without copying from a file in memory, else in the
-/// transfer buffer, aligned for any type. Null with kFLbadSize when \p count is negative or the file does not hold as
-/// much; the bytes that were there are consumed on a fifo only.
+/// transfer buffer, aligned for any type; read-only in a mapped file. Null with kFLbadSize when \p count is negative or
+/// the file does not hold as much (the bytes that were there are consumed on a fifo only), with kFLpastBlock when the
+/// chunk does not, with kFLnoChunk when no header is pending.
 FOUNDATION_API void* FLbgnread(_FLfile* file, long count);
 
 /// Reads the next chunk whole and ends it: the address of its data as FLbgnread gives it, its id and size. Null with
 /// the status of FLbgnget in flerrno when no plain chunk is next (kFLend, kFLgroupHeader: the header is pending),
-/// kFLnoGroup at the root, kFLbadSize when the size is unknown or beyond the file.
+/// kFLnoGroup at the root, kFLbadSize when the size is unknown or beyond the file, else as FLendget.
 FOUNDATION_API void* FLgetchunk(_FLfile* file, TuInt32* id, Tint32* size);
 
 /// Enters the next group; \p type and \p size (either may be null) receive its type id and its size, type id
@@ -247,24 +251,27 @@ FOUNDATION_API void* FLgetchunk(_FLfile* file, TuInt32* id, Tint32* size);
 FOUNDATION_API int FLbgnreadgroup(_FLfile* file, TuInt32* type, Tint32* size);
 
 /// Leaves the current group, skipping what is left of it, and its padding; the level is left in any case. kFLnoGroup
-/// at the root, else the first error met on the way. Neither calls itself nor allocates more as groups nest deeper.
+/// at the root, else the first error met on the way. Walks, without recursion, only into groups of unknown size, which
+/// take 72 bytes of memory for each of them that is nested in another.
 FOUNDATION_API int FLendrgroup(_FLfile* file);
 
 /// Enters the next group and leaves it at once; the statuses of both.
 FOUNDATION_API int FLskipgroup(_FLfile* file);
 
 /// Reads up to \p count bytes at the present position, whatever chunk they belong to, and returns how many: fewer at
-/// the end of the file, or with kFLioError. A pending chunk still ends where it did.
+/// the end of the file, or with kFLioError. A pending chunk still ends where it did. 0 with kFLbadMode on a file that is
+/// only written, with kFLfifo on one that was written and cannot go back.
 FOUNDATION_API long FLread(_FLfile* file, void* buffer, long count);
 
 /// Puts \p count bytes back in front of the present position, to be read again first. They need not be the bytes
-/// that were read. Returns 0, kFLbadSize (negative count, or more than were read so far) or kFLnoMemory.
+/// that were read. Returns 0, kFLbadSize (negative count, or beyond the start of the file), kFLnoMemory, or as FLread.
 FOUNDATION_API int FLunread(_FLfile* file, const void* bytes, long count);
 
-/// Moves the position; bytes put back are dropped. \p whence 0: to \p offset from the start; 1: by \p offset; 2: to
-/// \p offset bytes before the end (a positive offset moves towards the start). Errors: kFLunknownSize (whence 2 where
-/// the size is not known), kFLfifo (backwards on a fifo), kFLpastBlock (a fifo that ends before the target),
-/// kFLioError (a target below 0, a step of up to 256 bytes forward that leaves the file, a failing system call).
+/// Moves the position. Bytes put back hold for a step that ends among them; any other drops them. \p whence 0: to
+/// \p offset from the start; 1: by \p offset; 2: to \p offset bytes before the end (a positive offset moves towards the
+/// start). Errors: kFLunknownSize (whence 2 where the size is not known), kFLbadCall (another whence), kFLfifo (backwards
+/// on a fifo, or at all on one that is written), kFLpastBlock (a fifo that ends before the target), kFLioError (a target
+/// below 0, a step of up to 256 bytes forward that leaves the file, a failing system call).
 FOUNDATION_API int FLseek(_FLfile* file, Tint64 offset, int whence);
 
 /// The position, in bytes from the start; -1 with kFLbadCall for null.
@@ -276,7 +283,7 @@ FOUNDATION_API Tint64 FLtell(_FLfile* file);
 /// Begins a chunk. \p size is the exact number of bytes to come, or negative when unknown: it is then patched in the
 /// file, or on a fifo marked FL_SIZE_STREAMED. Errors write nothing: kFLnestedWrite (a chunk is open here already),
 /// kFLbadMode (not open for writing), kFLbadRoot, kFLunexpectedBlock, kFLreservedId and kFLnotImplemented as for
-/// FLbgnget, kFLpastBlock (no room in a group of known size), kFLioError.
+/// FLbgnget (kFLreservedId for "GEND" too), kFLpastBlock (no room in a group of known size), kFLioError.
 FOUNDATION_API int FLbgnputchunk(_FLfile* file, TuInt32 id, Tint32 size);
 
 /// Writes \p count bytes into the open chunk and returns \p count. 0 with kFLnoChunk, with kFLpastBlock when the
@@ -305,7 +312,7 @@ FOUNDATION_API int FLbgnwritegroup(_FLfile* file, TuInt32 group, TuInt32 type);
 FOUNDATION_API int FLbgnwritegroupsize(_FLfile* file, TuInt32 group, TuInt32 type, Tint32 size);
 
 /// Leaves the group and ends it as FLendputchunk does; a streamed one gets its "GEND". kFLnestedWrite when a chunk is
-/// open in it, kFLnoGroup at the root. On a file that is read: FLendrgroup.
+/// open in it or FLbgnbufchunk's is not ended, kFLnoGroup at the root. On a file that is read: FLendrgroup.
 FOUNDATION_API int FLendwritegroup(_FLfile* file);
 
 /// Begins a chunk whose \p size bytes the caller fills in at the address returned. Null with kFLnestedWrite,
@@ -314,8 +321,7 @@ FOUNDATION_API int FLendwritegroup(_FLfile* file);
 FOUNDATION_API void* FLbgnbufchunk(_FLfile* file, TuInt32 id, Tint32 size);
 
 /// Writes the chunk begun by FLbgnbufchunk with \p actual bytes: 0 means as many as were reserved, a negative number
-/// drops the chunk. kFLbadSize when it was begun smaller, kFLpastBlock when its group has no room, kFLnoChunk when
-/// none was begun, kFLioError.
+/// drops the chunk. kFLbadSize when it was begun smaller, kFLnoChunk when none was begun, kFLioError.
 FOUNDATION_API int FLendbufchunk(_FLfile* file, Tint32 actual);
 
 /// Writes a whole chunk of \p size bytes: the word \p type in the machine's own byte order, then size - 4 bytes of

@@ -115,6 +115,9 @@ TEST(FLwrite, refusesWhatWouldBreakTheFile)
   EXPECT_EQ(begin("PROP", 4), kFLunexpectedBlock);
   EXPECT_EQ(begin("AAAA", 13), kFLpastBlock);
   EXPECT_EQ(FLbgnbufchunk(file, id("AAAA"), 13), nullptr);
+  ASSERT_NE(FLbgnbufchunk(file, id("AAAA"), 12), nullptr);
+  EXPECT_EQ(FLendwritegroup(file), kFLnestedWrite);
+  EXPECT_EQ(FLendbufchunk(file, -1), 0);
   EXPECT_EQ(FLbgnbufchunk(file, id("AAAA"), -1), nullptr);
   EXPECT_EQ(flerrno, kFLbadSize);
   EXPECT_EQ(FLendbufchunk(file, 0), kFLnoChunk);
@@ -135,6 +138,13 @@ TEST(FLwrite, refusesWhatWouldBreakTheFile)
   flerrno = 0;
   EXPECT_EQ(FLclose(file), -1); // the group promised more
   EXPECT_EQ(flerrno, kFLbadSize);
+  EXPECT_EQ(scratch.read("out").size(), 30U); // what was written is there all the same
+
+  file = FLopen(scratch.path("out").c_str(), "w");
+  ASSERT_EQ(FLbgnwritegroupsize(file, id("FORM"), id("TEST"), 12), 0);
+  EXPECT_EQ(FLbgnwritegroup(file, id("FORM"), id("TEST")), kFLpastBlock); // no room for the type
+  EXPECT_EQ(FLtell(file), 12);
+  FLclose(file);
 }
 
 TEST(FLwrite, buffersChunks)
@@ -151,6 +161,8 @@ TEST(FLwrite, buffersChunks)
       EXPECT_EQ(FLendbufchunk(file, 5), kFLnoChunk);
       std::memset(FLbgnbufchunk(file, id("BBBB"), 3), 'b', 3);
       EXPECT_EQ(FLendbufchunk(file, 0), 0);
+      std::memcpy(FLbgnbufchunk(file, id("FOR8"), 4), "TEST", 4); // brings its own alignment
+      EXPECT_EQ(FLendbufchunk(file, 0), 0);
       EXPECT_EQ(FLputtypedchunk(file, id("CCCC"), 6, "cc", 0), 0);
       EXPECT_EQ(FLputtypedchunk(file, id("CCCC"), 3, "cc", 0), kFLbadSize);
       FLbgnputchunk(file, id("DDDD"), 4);
@@ -164,6 +176,7 @@ TEST(FLwrite, buffersChunks)
     });
   const std::string expected =
     chunk("FOR4", "TEST" + chunk("AAAA", "aaaaa", 4) + chunk("BBBB", "bbb", 4) +
+                    chunk("FOR8", "TEST", 8) +
                     chunk("CCCC", std::string(4, '\0') + "cc", 4) + chunk("DDDD", std::string("dd\0d", 4)) +
                     chunk("EEEE", ""));
   EXPECT_EQ(out.file, expected);
@@ -199,6 +212,20 @@ TEST(FLwrite, switchesToReadingAndBack)
   EXPECT_EQ(FLwrite(file, "yzZ", 3), 3);
   EXPECT_EQ(FLclose(file), 0);
   EXPECT_EQ(scratch.read("file"), "0ab34567yzZ");
+  file = FLopen(scratch.path("file").c_str(), "w+");
+  EXPECT_EQ(FLwrite(file, "0123456789", 10), 10);
+  EXPECT_EQ(FLseek(file, 2, 0), 0);
+  EXPECT_EQ(FLread(file, &byte, 1), 1);
+  EXPECT_EQ(FLunread(file, "x", 1), 0); // gone with the switch
+  EXPECT_EQ(FLwrite(file, "ab", 2), 2);
+  EXPECT_EQ(FLread(file, &byte, 1), 1);
+  EXPECT_EQ(byte, '4');
+  EXPECT_EQ(FLseek(file, 1, 2), 0);
+  EXPECT_EQ(FLtell(file), 9);
+  EXPECT_EQ(FLbgnget(file, nullptr, nullptr), kFLbadMode);
+  EXPECT_EQ(FLendrgroup(file), kFLbadMode);
+  EXPECT_EQ(FLclose(file), 0);
+  EXPECT_EQ(scratch.read("file"), "01ab456789");
   file = FLopen(scratch.path("file").c_str(), "r");
   EXPECT_EQ(FLwrite(file, "1", 1), 0);
   EXPECT_EQ(flerrno, kFLbadMode);
