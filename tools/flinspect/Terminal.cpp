@@ -1,0 +1,115 @@
+#include "Terminal.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+#ifdef _WIN32
+#  include <fcntl.h>
+#  include <io.h>
+#  include <sys/stat.h>
+#  include <windows.h>
+#else
+#  include <sys/ioctl.h>
+#  include <sys/stat.h>
+#  include <unistd.h>
+#endif
+
+namespace {
+
+#ifdef _WIN32
+constexpr int kEndingSignals[] = {SIGINT, SIGTERM};
+#else
+constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+#endif
+
+// A signal handler may touch little more than this; empty where no file is to be removed.
+char gDoomedPaths[2][4096];
+
+extern "C" void removeAndEnd(int signal)
+{
+  for (const char* path : gDoomedPaths)
+    if (*path != 0)
+    {
+#ifdef _WIN32
+      _unlink(path);
+#else
+      unlink(path);
+#endif
+    }
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+}
+
+} // namespace
+
+void removeOnSignal(DoomedFile which, const char* path)
+{
+  char* const place = gDoomedPaths[which];
+  *place = 0;
+  const std::size_t size = path == nullptr ? 0 : std::strlen(path) + 1;
+  if (size == 0 || size > sizeof gDoomedPaths[which])
+    return;
+  std::memcpy(place, path, size);
+  for (const int signal : kEndingSignals)
+    if (std::signal(signal, removeAndEnd) == SIG_IGN)
+      std::signal(signal, SIG_IGN); // as nohup wants it
+}
+
+#ifdef _WIN32
+
+bool isTerminal(int descriptor)
+{
+  // The null device is a character device too, but has no console mode.
+  DWORD mode = 0;
+  return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), &mode) != 0;
+}
+
+int terminalWidth(int descriptor)
+{
+  CONSOLE_SCREEN_BUFFER_INFO info;
+  return GetConsoleScreenBufferInfo(reinterpret_cast<HANDLE>(_get_osfhandle(descriptor)), &info) != 0
+           ? info.srWindow.Right - info.srWindow.Left + 1
+           : 80;
+}
+
+void setBinaryStreams()
+{
+  for (int descriptor = 0; descriptor <= 2; ++descriptor)
+    _setmode(descriptor, _O_BINARY);
+}
+
+Tint64 bytesLeft(int descriptor)
+{
+  struct _stat64 status;
+  if (_fstat64(descriptor, &status) != 0 || (status.st_mode & S_IFMT) != S_IFREG)
+    return -1;
+  const Tint64 position = _lseeki64(descriptor, 0, SEEK_CUR);
+  return position < 0 || position > status.st_size ? -1 : status.st_size - position;
+}
+
+#else
+
+bool isTerminal(int descriptor)
+{
+  return isatty(descriptor) != 0;
+}
+
+int terminalWidth(int descriptor)
+{
+  winsize size{};
+  return ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : 80;
+}
+
+void setBinaryStreams() {}
+
+Tint64 bytesLeft(int descriptor)
+{
+  struct stat status;
+  if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+    return -1;
+  const off_t position = lseek(descriptor, 0, SEEK_CUR);
+  return position < 0 || position > status.st_size ? -1 : status.st_size - position;
+}
+
+#endif
