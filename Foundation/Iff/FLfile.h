@@ -20,6 +20,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 
 /// What stands in flags of a level beside the kFLid bits of its current chunk.
 enum : unsigned
@@ -139,6 +140,43 @@ inline int FLfail(int code)
   return code;
 }
 
+/// Whether an id can be told to be a plain chunk by its first character alone. That of no special id is: F, C, L, P, G
+/// and I, nor S of the old chunks, nor zero, because a mapped file that shrank reads as zeros.
+inline bool FLplainAtSight(TuInt32 id)
+{
+  constexpr auto bit = [](char c) { return 1U << (c - '@'); };
+  static constexpr TuInt32 kCare[8] = {1, 0, bit('F') | bit('C') | bit('L') | bit('P') | bit('G') | bit('I') | bit('S')};
+  return !(kCare[id >> 29] >> (id >> 24 & 31U) & 1U);
+}
+
+/// memcpy for data that are mostly short: 8 to 32 bytes are copied in line, as two halves that may overlap.
+inline void FLcopy(void* to, const void* from, std::size_t count)
+{
+  if (count < 8 || count > 32)
+  {
+    if (count != 0)
+      std::memcpy(to, from, count);
+    return;
+  }
+  unsigned char halves[32];
+  const unsigned char* source = static_cast<const unsigned char*>(from);
+  unsigned char* target = static_cast<unsigned char*>(to);
+  if (count <= 16)
+  {
+    std::memcpy(halves, source, 8);
+    std::memcpy(halves + 16, source + count - 8, 8);
+    std::memcpy(target, halves, 8);
+    std::memcpy(target + count - 8, halves + 16, 8);
+  }
+  else
+  {
+    std::memcpy(halves, source, 16);
+    std::memcpy(halves + 16, source + count - 16, 16);
+    std::memcpy(target, halves, 16);
+    std::memcpy(target + count - 16, halves + 16, 16);
+  }
+}
+
 inline TuInt32 FLloadword(const unsigned char* at)
 {
   return TuInt32(at[0]) << 24 | TuInt32(at[1]) << 16 | TuInt32(at[2]) << 8 | TuInt32(at[3]);
@@ -152,9 +190,18 @@ inline void FLstoreword(unsigned char* at, TuInt32 word)
   at[3] = static_cast<unsigned char>(word);
 }
 
+/// The position while reading, while writing, and in any case.
+inline Tint64 FLreadposition(const _FLfile* file)
+{
+  return file->fEndPos - (file->fEnd - file->fCur);
+}
+inline Tint64 FLwriteposition(const _FLfile* file)
+{
+  return file->fEndPos - (file->fOutEnd - file->fOut);
+}
 inline Tint64 FLposition(const _FLfile* file)
 {
-  return file->fWriting ? file->fEndPos - (file->fOutEnd - file->fOut) : file->fEndPos - (file->fEnd - file->fCur);
+  return file->fWriting ? FLwriteposition(file) : FLreadposition(file);
 }
 
 /// \p size rounded up to the alignment that \p mask stands for.
@@ -166,7 +213,11 @@ inline Tint64 FLpadded(Tint64 size, unsigned mask)
 /// Makes the bytes of the window contiguous from fCur on until \p count of them are there or the file ends, without
 /// consuming them; returns how many there are, at most \p count, or -1 with flerrno. \p count is at most kFLpeekMost.
 constexpr long kFLpeekMost = 8192;
-long FLpeek(_FLfile* file, long count);
+long FLpeekslow(_FLfile* file, long count);
+inline long FLpeek(_FLfile* file, long count)
+{
+  return file->fEnd - file->fCur >= count ? count : FLpeekslow(file, count);
+}
 
 /// Reads \p count bytes; fewer at the end of the file. -1 with flerrno when the system fails, with what came consumed.
 Tint64 FLtake(_FLfile* file, void* buffer, Tint64 count);
@@ -191,11 +242,23 @@ int FLpatch(_FLfile* file, Tint64 position, TuInt32 word);
 int FLdrain(_FLfile* file);
 
 /// Make the window one for reading or for writing; kFLbadMode, kFLfifo, kFLnoMemory or kFLioError when it can't be.
-int FLbeginreading(_FLfile* file);
-int FLbeginwriting(_FLfile* file);
+int FLswitchtoreading(_FLfile* file);
+int FLswitchtowriting(_FLfile* file);
+inline int FLbeginreading(_FLfile* file)
+{
+  return file->fReads && !file->fWriting ? 0 : FLswitchtoreading(file);
+}
+inline int FLbeginwriting(_FLfile* file)
+{
+  return file->fWriting ? 0 : FLswitchtowriting(file);
+}
 
 /// Room for \p count bytes in the transfer buffer, keeping the first \p keep of them. Null with kFLnoMemory.
-unsigned char* FLreserve(_FLfile* file, std::size_t count, std::size_t keep);
+unsigned char* FLgrow(_FLfile* file, std::size_t count, std::size_t keep);
+inline unsigned char* FLreserve(_FLfile* file, std::size_t count, std::size_t keep)
+{
+  return file->fTransfer && count <= file->fTransferSize ? file->fTransfer : FLgrow(file, count, keep);
+}
 
 /// The raw source and target: some bytes, 0 at the end, -1 with flerrno; all bytes, or false with flerrno and in
 /// \p count how many it were.

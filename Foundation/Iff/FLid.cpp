@@ -35,6 +35,8 @@ static_assert(std::size(kTable) == 15);
 
 unsigned FLidflags(TuInt32 id)
 {
+  if (FLplainAtSight(id)) [[likely]]
+    return 0;
   for (const auto& entry : kTable)
   {
     if (entry.id == id)

@@ -17,16 +17,6 @@ bool isLegacy(TuInt32 id)
   return id == kFram || id == kGrup || id == kShap;
 }
 
-// Whether an id can be told to be a plain chunk by its first character. Those of the others, zero among them because
-// a mapped file that shrank reads as zeros, take the long way.
-bool plainAtSight(TuInt32 id)
-{
-  constexpr auto bit = [](char c) { return 1U << (static_cast<unsigned>(c) - 'A'); };
-  constexpr unsigned kInitials = bit('F') | bit('C') | bit('L') | bit('P') | bit('G') | bit('I') | bit('S');
-  const TuInt32 initial = (id >> 24) - 'A';
-  return initial < 32 ? !(kInitials >> initial & 1U) : id >> 24 != 0;
-}
-
 void report(const FLcontext* level, TuInt32* id, Tint32* size)
 {
   if (id)
@@ -248,29 +238,36 @@ int leaveGroups(_FLfile* file, const FLcontext* outer)
   return status;
 }
 
+// Whether the next header is in the window, and that of a plain chunk of known size inside its group: the usual case,
+// whose id and size it gives.
+[[gnu::always_inline]] inline bool plainAhead(const _FLfile* file, TuInt32& id, TuInt32& size)
+{
+  if (file->fEnd - file->fCur < 8 || !file->fReads)
+    return false;
+  const FLcontext* level = file->fLevel;
+  id = FLloadword(file->fCur);
+  size = FLloadword(file->fCur + 4);
+  return level->fParent && !(level->fFlags & kFLpending) && size <= TuInt32(kFLunbounded - 8) &&
+         FLreadposition(file) + 8 + Tint64(size) <= level->fLimit && FLplainAtSight(id);
+}
+
 } // namespace
 
 int FLbgnget(_FLfile* file, TuInt32* id, Tint32* size)
 {
-  if (file && file->fEnd - file->fCur >= 8 && file->fReads) [[likely]]
+  TuInt32 chunkId, chunkSize;
+  if (file && plainAhead(file, chunkId, chunkSize)) [[likely]]
   {
     FLcontext* level = file->fLevel;
-    const TuInt32 chunkId = FLloadword(file->fCur);
-    const TuInt32 chunkSize = FLloadword(file->fCur + 4);
-    const Tint64 start = FLposition(file) + 8;
-    if (level->fParent && !(level->fFlags & kFLpending) && chunkSize <= TuInt32(kFLunbounded - 8) &&
-        start + Tint64(chunkSize) <= level->fLimit && plainAtSight(chunkId)) [[likely]]
-    {
-      file->fCur += 8;
-      level->fFlags = kFLpending;
-      level->fId = chunkId;
-      level->fSize = Tint32(chunkSize);
-      level->fChunkStart = start;
-      level->fChunkEnd = start + Tint64(chunkSize);
-      level->fChunkMask = level->fMask;
-      report(level, id, size);
-      return kFLok;
-    }
+    level->fFlags = kFLpending;
+    level->fId = chunkId;
+    level->fSize = Tint32(chunkSize);
+    level->fChunkMask = level->fMask;
+    level->fChunkStart = FLreadposition(file) + 8;
+    level->fChunkEnd = level->fChunkStart + Tint64(chunkSize);
+    file->fCur += 8;
+    report(level, id, size);
+    return kFLok;
   }
   return readHeader(file, id, size);
 }
@@ -279,10 +276,9 @@ long FLget(_FLfile* file, void* buffer, long count)
 {
   if (file && (file->fLevel->fFlags & kFLpending) && count >= 0) [[likely]]
   {
-    if (count <= file->fEnd - file->fCur && count <= file->fLevel->fChunkEnd - FLposition(file)) [[likely]]
+    if (count <= file->fEnd - file->fCur && count <= file->fLevel->fChunkEnd - FLreadposition(file)) [[likely]]
     {
-      if (count != 0)
-        std::memcpy(buffer, file->fCur, std::size_t(count));
+      FLcopy(buffer, file->fCur, std::size_t(count));
       file->fCur += count;
       if (!file->fMapping.shrunk()) [[likely]]
         return count;
@@ -296,7 +292,7 @@ int FLendget(_FLfile* file)
   if (file && (file->fLevel->fFlags & kFLpending) && file->fLevel->fSize >= 0) [[likely]]
   {
     FLcontext* level = file->fLevel;
-    const Tint64 forward = level->fChunkStart + FLpadded(level->fSize, level->fChunkMask) - FLposition(file);
+    const Tint64 forward = level->fChunkStart + FLpadded(level->fSize, level->fChunkMask) - FLreadposition(file);
     if (forward >= 0 && forward <= file->fEnd - file->fCur && level->fId != kFLgend) [[likely]]
     {
       file->fCur += forward;
@@ -383,6 +379,28 @@ void* FLgetchunk(_FLfile* file, TuInt32* id, Tint32* size)
   if (!file)
     return FLfail(kFLbadCall), nullptr;
   FLcontext* level = file->fLevel;
+  TuInt32 chunkId, length;
+  if (plainAhead(file, chunkId, length)) [[likely]]
+  {
+    const Tint64 whole = 8 + FLpadded(length, level->fMask);
+    const bool inPlace = file->fInMemory && !file->fPushed;
+    unsigned char* data = nullptr;
+    if (whole <= file->fEnd - file->fCur && !file->fMapping.shrunk()) [[likely]]
+    {
+      if (id)
+        *id = chunkId;
+      if (size)
+        *size = Tint32(length);
+      // A block is its caller's, who may write to it.
+      data = inPlace ? const_cast<unsigned char*>(file->fCur + 8) : FLreserve(file, length, 0);
+      if (data && !inPlace)
+        FLcopy(data, file->fCur + 8, length);
+      if (data)
+        file->fCur += whole;
+      file->fReservedSize = -1; // what lay in the buffer is gone
+      return data;
+    }
+  }
   if (!level->fParent)
     return FLfail(kFLnoGroup), nullptr;
   if (const int status = FLbgnget(file, id, size))

@@ -174,7 +174,7 @@ bool FLcloseTransport(FLtransport& transport)
   return good;
 }
 
-int FLbeginreading(_FLfile* file)
+int FLswitchtoreading(_FLfile* file)
 {
   if (!file->fReads && !file->fBoth)
     return FLfail(kFLbadMode);
@@ -195,10 +195,8 @@ int FLbeginreading(_FLfile* file)
   return 0;
 }
 
-int FLbeginwriting(_FLfile* file)
+int FLswitchtowriting(_FLfile* file)
 {
-  if (file->fWriting)
-    return 0;
   if (!file->fWrites && !file->fBoth)
     return FLfail(kFLbadMode);
   if (file->fCur) // it was read so far
@@ -223,10 +221,8 @@ int FLbeginwriting(_FLfile* file)
   return 0;
 }
 
-long FLpeek(_FLfile* file, long count)
+long FLpeekslow(_FLfile* file, long count)
 {
-  if (file->fEnd - file->fCur >= count)
-    return count;
   if (FLbeginreading(file) != 0)
     return -1;
   unsigned char ahead[kFLpeekMost];
@@ -385,8 +381,7 @@ int FLemit(_FLfile* file, const void* bytes, std::size_t count)
 {
   if (std::size_t(file->fOutEnd - file->fOut) >= count)
   {
-    if (count != 0)
-      std::memcpy(file->fOut, bytes, count);
+    FLcopy(file->fOut, bytes, count);
     file->fOut += count;
     return 0;
   }
@@ -556,14 +551,12 @@ int FLflush(_FLfile* file)
   return FLdrain(file);
 }
 
-unsigned char* FLreserve(_FLfile* file, std::size_t count, std::size_t keep)
+unsigned char* FLgrow(_FLfile* file, std::size_t count, std::size_t keep)
 {
-  if (count <= file->fTransferSize)
-    return file->fTransfer;
   if (count > PTRDIFF_MAX - kFLwindowSize)
     return FLfail(kFLnoMemory), nullptr;
   // Some more than is asked for, so that sizes that creep up do not cost an allocation each.
-  const std::size_t size = count + std::min(count / 2, kFLwindowSize);
+  const std::size_t size = count + std::min(count / 2, kFLwindowSize) + 1;
   unsigned char* grown = static_cast<unsigned char*>(std::malloc(size));
   if (!grown)
     return FLfail(kFLnoMemory), nullptr;

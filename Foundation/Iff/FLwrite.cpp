@@ -91,6 +91,27 @@ int beginGroup(_FLfile* file, TuInt32 group, TuInt32 type, Tint32 size)
 
 int FLbgnputchunk(_FLfile* file, TuInt32 id, Tint32 size)
 {
+  // The usual case: a plain chunk of known size in a group, with room for its header in the window.
+  if (file && file->fOutEnd - file->fOut >= 8 && size >= 0 && FLplainAtSight(id)) [[likely]]
+  {
+    FLcontext* level = file->fLevel;
+    const Tint64 start = FLwriteposition(file) + 8;
+    if (file->fWrites && level->fParent && !(level->fFlags & kFLopen) && size <= level->fLimit - start) [[likely]]
+    {
+      FLstoreword(file->fOut, id);
+      FLstoreword(file->fOut + 4, TuInt32(size));
+      file->fOut += 8;
+      file->fReservedSize = -1;
+      level->fFlags = kFLopen;
+      level->fId = id;
+      level->fSize = size;
+      level->fType = 0;
+      level->fChunkStart = start;
+      level->fChunkEnd = start + size;
+      level->fChunkMask = level->fMask;
+      return 0;
+    }
+  }
   return begin(file, id, size, nullptr);
 }
 
@@ -99,6 +120,13 @@ long FLput(_FLfile* file, const void* bytes, long count)
   if (!file)
     return FLfail(kFLbadCall), 0;
   const FLcontext* level = file->fLevel;
+  if ((level->fFlags & kFLopen) && count > 0 && count <= file->fOutEnd - file->fOut &&
+      count <= level->fChunkEnd - FLwriteposition(file)) [[likely]]
+  {
+    FLcopy(file->fOut, bytes, std::size_t(count));
+    file->fOut += count;
+    return count;
+  }
   if (!(level->fFlags & kFLopen))
     return FLfail(kFLnoChunk), 0;
   if (count < 0)
@@ -131,6 +159,14 @@ int FLendputchunk(_FLfile* file)
   const unsigned flags = level->fFlags;
   level->fFlags = 0;
   level->fId = 0;
+  const Tint64 missing = FLpadded(level->fSize, level->fChunkMask) - level->fSize;
+  if (level->fSize >= 0 && file->fOutEnd - file->fOut >= missing && file->fWriting &&
+      FLwriteposition(file) == level->fChunkStart + level->fSize) [[likely]]
+  {
+    for (Tint64 i = 0; i < missing; ++i)
+      *file->fOut++ = 0;
+    return 0;
+  }
   if (const int error = FLbeginwriting(file))
     return error;
   const Tint64 count = FLposition(file) - level->fChunkStart;
