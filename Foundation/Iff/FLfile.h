@@ -46,6 +46,7 @@ struct FLcontext
 };
 
 constexpr Tint64 kFLnoLimit = LLONG_MAX;
+constexpr Tint64 kFLlastPosition = LLONG_MAX / 2; // that a step may reach: what lies behind it can be computed with
 constexpr Tint64 kFLunbounded = 0x7FFFFFF0; // room for a chunk where nothing else limits it
 constexpr Tint64 kFLnoMark = -16;           // high-water mark of a file of unknown size
 constexpr std::size_t kFLwindowSize = 65536;

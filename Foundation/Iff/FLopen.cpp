@@ -194,9 +194,8 @@ int openStream(_FLfile* file, std::FILE* stream, bool readable)
       return FLfail(kFLioError);
   }
   transport.fModeBefore = Platform::setBinary(transport.fDescriptor);
-  const Tint64 offset =
-    file->fReads ? Platform::streamOffset(stream) : Platform::seekTo(transport.fDescriptor, 0, SEEK_CUR);
-  transport.fOrigin = std::max<Tint64>(offset, 0);
+  // Below 0 where it cannot seek, which the examination shows.
+  transport.fOrigin = file->fReads ? Platform::streamOffset(stream) : Platform::seekTo(transport.fDescriptor, 0, SEEK_CUR);
   return 0;
 }
 
@@ -205,18 +204,18 @@ int openDescriptor(_FLfile* file, const char* text)
   TuInt64 number = 0;
   if (!parseNumbers(text, number, file->fMark) || number > INT_MAX)
     return FLfail(kFLbadName);
+  // Its size is what the caller says; but whether it can seek decides how it is used.
+  Platform::Examination found;
+  if (!Platform::examine(int(number), found)) // no such descriptor
+    return FLfail(kFLioError);
+  const Tint64 offset = found.kind == Platform::Examination::file ? Platform::seekTo(int(number), 0, SEEK_CUR) : 0;
+  if (offset < 0)
+    return FLfail(kFLioError);
   FLtransport& transport = file->fTransport;
   transport.fDescriptor = int(number);
   transport.fBorrowed = true;
-  // Its size is what the caller says; but whether it can seek decides how it is used.
-  Platform::Examination found;
-  if (!Platform::examine(transport.fDescriptor, found))
-  {
-    transport = FLtransport{}; // no such descriptor
-    return FLfail(kFLioError);
-  }
   transport.fModeBefore = Platform::setBinary(transport.fDescriptor);
-  transport.fOrigin = std::max<Tint64>(Platform::seekTo(transport.fDescriptor, 0, SEEK_CUR), 0);
+  transport.fOrigin = offset;
   file->fFifo = found.kind != Platform::Examination::file || (file->fWrites && found.appends);
   return 0;
 }
@@ -249,7 +248,8 @@ int openMapped(_FLfile* file, const char* path)
   if (!file->fMapping.open(file->fTransport.fDescriptor, found.size))
     return FLfail(errno == ENOMEM ? kFLnoMemory : kFLioError);
   file->fInMemory = true;
-  file->fBlock = file->fMapping.base();
+  static unsigned char nothing = 0; // where the data of an empty file are
+  file->fBlock = file->fMapping.base() ? file->fMapping.base() : &nothing;
   file->fBlockSize = file->fMapping.size();
   file->fMark = found.size;
   return 0;
@@ -346,8 +346,11 @@ int examineTransport(_FLfile* file)
     return FLfail(kFLnotFile);
   case Platform::Examination::stream:
     file->fFifo = true;
+    file->fTransport.fOrigin = 0;
     break;
   case Platform::Examination::file:
+    if (file->fTransport.fOrigin < 0)
+      return FLfail(kFLioError);
     file->fMark = std::max<Tint64>(found.size - file->fTransport.fOrigin, 0);
     file->fFifo = file->fWrites && (found.size != 0 || found.appends);
     break;
@@ -518,8 +521,9 @@ void release(_FLfile* file)
   }
   FLtransport& transport = file->fTransport;
   // Whoever lent the descriptor goes on where the engine stopped, not where it had read ahead to.
-  if (transport.fBorrowed && !transport.fStream && file->fReads && !file->fFifo && !file->fWriting)
-    Platform::seekTo(transport.fDescriptor, transport.fOrigin + FLposition(file), SEEK_SET);
+  if (transport.fBorrowed && !transport.fStream && file->fReads && !file->fFifo && !file->fWriting &&
+      Platform::seekTo(transport.fDescriptor, transport.fOrigin + FLposition(file), SEEK_SET) < 0)
+    FLfail(kFLioError);
   if (transport.isOpen() && !FLcloseTransport(transport))
     FLfail(kFLioError);
   awaitFilters(file);

@@ -33,7 +33,8 @@ void setWindow(_FLfile* file, const unsigned char* from, const unsigned char* to
 // was read or written is.
 void raiseMark(_FLfile* file)
 {
-  const bool sought = !file->fWriting && file->fEnd == file->fWindow;
+  const unsigned char* end = file->fPushed ? file->fWaiting.fEnd : file->fEnd;
+  const bool sought = !file->fWriting && end == file->fWindow;
   if (file->fMark != kFLnoMark && !file->fInMemory && !sought)
     file->fMark = std::max(file->fMark, FLposition(file));
 }
@@ -437,9 +438,9 @@ int FLmove(_FLfile* file, Tint64 target)
   if (target == position)
     return 0;
   raiseMark(file);
-  if (target < 0)
+  if (target < 0 || target > kFLlastPosition)
   {
-    errno = EINVAL;
+    errno = target < 0 ? EINVAL : EOVERFLOW;
     return FLfail(kFLioError);
   }
   if (file->fWriting)

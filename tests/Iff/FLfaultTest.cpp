@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cstring>
+#include <set>
 
 #ifndef _WIN32
 #  include <cerrno>
@@ -16,27 +17,15 @@
 
 namespace {
 
-enum Call
-{
-  kNone,
-  kRead,
-  kWrite,
-  kSeek,
-  kAllocate
-};
-
-// Calls that are to fail: `times` calls behind the first `after`, with an error, or by moving only one byte.
+// System calls ('r'ead, 'w'rite, 's'eek) or allocations ('a') that are to fail: `times` of them behind the first
+// `after`, with an error, or by moving only one byte.
 struct Fault
 {
-  Call call = kNone;
-  int error = 0;
-  int times = 0;
-  int after = 0;
-  int struck = 0;
-};
-Fault gFault;
+  char call = 0;
+  int error = 0, times = 0, after = 0, struck = 0;
+} gFault;
 
-bool strikes(Call call)
+bool strikes(char call)
 {
   if (gFault.call != call || gFault.after-- > 0 || gFault.struck == gFault.times)
     return false;
@@ -51,19 +40,19 @@ bool strikes(Call call)
 // The library finds these before the system's.
 extern "C" ssize_t read(int descriptor, void* buffer, size_t count)
 {
-  const bool struck = strikes(kRead);
+  const bool struck = strikes('r');
   return struck && gFault.error ? -1 : syscall(SYS_read, descriptor, buffer, struck ? 1 : count);
 }
 
 extern "C" ssize_t write(int descriptor, const void* bytes, size_t count)
 {
-  const bool struck = strikes(kWrite);
+  const bool struck = strikes('w');
   return struck && gFault.error ? -1 : syscall(SYS_write, descriptor, bytes, struck ? 1 : count);
 }
 
 extern "C" off_t lseek(int descriptor, off_t offset, int whence) noexcept
 {
-  if (strikes(kSeek))
+  if (strikes('s'))
     return -1;
 #  ifdef SYS__llseek
   long long result = 0;
@@ -78,10 +67,9 @@ extern "C" off_t lseek(int descriptor, off_t offset, int whence) noexcept
 extern "C" void* __libc_malloc(size_t size);
 extern "C" void* malloc(size_t size) noexcept
 {
-  return strikes(kAllocate) ? nullptr : __libc_malloc(size);
+  return strikes('a') ? nullptr : __libc_malloc(size);
 }
 #  endif
-#endif
 
 namespace {
 
@@ -117,8 +105,6 @@ bool readWhole(const char* name, TuInt64& sum)
   }
   return file && FLclose(file) == 0 && good;
 }
-
-#ifndef _WIN32
 
 // Writes a file with everything that is patched, buffered, longer than a window, and left to FLclose.
 bool writeWhole(const char* name, const char* mode)
@@ -157,8 +143,8 @@ std::string nested()
   std::string forms;
   for (int i = 0; i < 20; ++i)
     forms += chunk("FORM", "TEST" + chunk("NAME", "abc") + chunk("BODY", std::string(std::size_t(i) * 977, 'b')));
-  return chunk("FORM", "TEST" + chunk("LIST", "TEST" + forms) + chunk("LAST", "z")) +
-         header("FOR4", kStreamed) + "TEST" + header("STRM", kStreamed) + "abcd" + kCvoe + kGend;
+  return chunk("FORM", "TEST" + chunk("LIST", "TEST" + forms) + chunk("LAST", "z")) + header("FOR4", kStreamed) +
+         "TEST" + header("STRM", kStreamed) + "abcd" + kCvoe + kGend;
 }
 
 // Every single call of each kind fails in turn, once or from then on.
@@ -185,40 +171,44 @@ TEST(FLfault, isReportedWhateverFails)
     {"pipe:cat >" + sink, "w"},
     {"pipe:cat >" + sink, "ws"},
   };
-  const Fault faults[] = {
-    {kRead, EIO, 1},     {kRead, EIO, INT_MAX},  {kRead, EINTR, 3},       {kRead, 0, 1},         {kRead, 0, INT_MAX},
-    {kWrite, EIO, 1},    {kWrite, EINTR, 3},     {kWrite, ENOSPC, 1},     {kWrite, 0, 1},        {kWrite, ENOSPC, INT_MAX},
-    {kWrite, 0, 100},    {kSeek, EIO, 1},        {kSeek, EIO, INT_MAX},   {kAllocate, ENOMEM, 1}, {kAllocate, ENOMEM, INT_MAX},
-  };
+  std::vector<Fault> faults = {{'r', 0, 1},   {'r', 0, 100},   {'w', 0, 1},
+                               {'w', 0, 100}, {'r', EINTR, 3}, {'w', EINTR, 3}};
+  for (const char call : {'r', 'w', 's', 'a'})
+    faults.insert(faults.end(), {{call, EIO, 1}, {call, EIO, 100}});
+  std::set<char> met;
+#  ifdef __SANITIZE_ADDRESS__
+  met.insert('a');
+#  endif
   for (const auto& scenario : scenarios)
   {
     TuInt64 sum = 0;
-    const auto run = [&] {
+    const auto run = [&](const Fault& fault) {
       lseek(from, 3, SEEK_SET);
       EXPECT_EQ(ftruncate(to, 0), 0);
       sum = 0;
-      const bool good = scenario.mode ? writeWhole(scenario.name.c_str(), scenario.mode)
-                                      : readWhole(scenario.name.c_str(), sum);
-      gFault.call = kNone;
+      flerrno = 0;
+      gFault = fault;
+      const bool good =
+        scenario.mode ? writeWhole(scenario.name.c_str(), scenario.mode) : readWhole(scenario.name.c_str(), sum);
+      gFault.call = 0;
       sum += TuInt64(lseek(from, 0, SEEK_CUR)); // whoever lent it goes on there
       return good;
     };
-    ASSERT_TRUE(run()) << scenario.name;
+    ASSERT_TRUE(run({})) << scenario.name;
     const TuInt64 wholeSum = sum;
     const std::string whole = scratch.read("sink");
-    for (const Fault& fault : faults)
+    for (Fault fault : faults)
     {
-      for (int after = 0, struck = 1; struck; ++after)
+      for (int struck = 1; struck; ++fault.after)
       {
-        SCOPED_TRACE(scenario.name + " " + (scenario.mode ? scenario.mode : "r") + ", call " + std::to_string(fault.call) +
-                     ", errno " + std::to_string(fault.error) + " after " + std::to_string(after));
+        SCOPED_TRACE(scenario.name + " " + fault.call + ", errno " + std::to_string(fault.error) + " x" +
+                     std::to_string(fault.times) + " after " + std::to_string(fault.after));
         const std::ptrdiff_t before = openDescriptors();
-        flerrno = 0;
-        gFault = fault;
-        gFault.after = after;
-        const bool good = run();
+        const bool good = run(fault);
         struck = gFault.struck;
-        const bool told = fault.call == kAllocate ? flerrno != 0 : !good; // FLclose knows of every lost write
+        if (struck)
+          met.insert(fault.call);
+        const bool told = fault.call == 'a' ? flerrno != 0 : !good; // FLclose knows of every lost write
         EXPECT_EQ(told, flerrno != 0);
         EXPECT_TRUE(!told || (struck && fault.error != 0 && fault.error != EINTR));
         EXPECT_TRUE(told || (sum == wholeSum && scratch.read("sink") == whole));
@@ -226,6 +216,7 @@ TEST(FLfault, isReportedWhateverFails)
       }
     }
   }
+  EXPECT_EQ(met.size(), 4U); // else the library does not call the functions above
   close(from);
   close(to);
 }
@@ -243,7 +234,6 @@ TEST(FLfault, noticesWhoDiesAtTheOtherEnd)
   } cases[] = {
     {"pipe:head -c 70000 " + input + "; kill -9 $$", nullptr, kFLbrokenPipe},
     {"pipe:cat " + input + "; kill -9 $$", nullptr, kFLbrokenPipe},
-    {"pipe:cat " + input + "; exit 3", nullptr, kFLbadPipe},
     {"pipe:head -c 10 >" + scratch.path("out"), "w", kFLbrokenPipe},
     {"pipe:head -c 10 >" + scratch.path("out"), "ws", kFLbrokenPipe},
     {"pipe:cat >/dev/null; kill -9 $$", "w", kFLbrokenPipe},
@@ -285,7 +275,8 @@ TEST(FLfault, noticesAMappedFileThatShrinks)
     std::string data(20000, 0);
     const bool whole = FLget(file, data.data(), 20000) == 20000;
     EXPECT_EQ(whole, length > 20000) << length;
-    EXPECT_EQ(FLendget(file), whole ? 0 : kFLioError) << length;
+    EXPECT_EQ(FLendget(file), 0);
+    EXPECT_EQ(FLbgnget(file, nullptr, nullptr), whole ? 0 : kFLioError) << length;
     EXPECT_EQ(FLclose(file), -1) << length;
     EXPECT_EQ(flerrno, kFLioError) << length;
   }
@@ -302,7 +293,8 @@ TEST(FLfault, goesOnWhenInterrupted)
   const itimerval often = {{0, 500}, {0, 500}}, never = {};
   TuInt64 sum = 0, slowSum = 0;
   EXPECT_TRUE(readWhole(path.c_str(), sum));
-  const std::string slowly = "pipe:for i in 0 1 2 3; do dd bs=50000 count=1 skip=$i status=none if=" + path + "; sleep .02; done";
+  const std::string slowly =
+    "pipe:for i in 0 1 2 3; do dd bs=50000 count=1 skip=$i status=none if=" + path + "; sleep .02; done";
   setitimer(ITIMER_REAL, &often, nullptr);
   EXPECT_TRUE(readWhole(slowly.c_str(), slowSum));
   EXPECT_TRUE(writeWhole("pipe:sleep .05; cat >/dev/null", "w"));
@@ -376,6 +368,7 @@ TEST(FLfault, walksBeyondFourGigabytes)
   }
   close(descriptor);
 }
+} // namespace
 #endif
 
 TEST(FLfault, nestsAMillionGroups)
@@ -404,4 +397,3 @@ TEST(FLfault, nestsAMillionGroups)
   }
   EXPECT_EQ(errors, 0);
 }
-} // namespace

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 namespace {
 
 // Every way of reading the same bytes. Each name is opened; "|" stands for a pipe.
@@ -101,22 +99,6 @@ TEST(FLread, walksByTheRules)
   }
 }
 
-// Cut anywhere, a file reads as far as it goes and ends in a code of the table.
-TEST(FLread, survivesTruncationAtEveryByte)
-{
-  const std::string whole = chunk("FOR8", "TEST" + chunk("AAAA", "12345", 8) + chunk("FORM", "TEST", 8) +
-                                            header("LIST", kStreamed) + "TEST" + chunk("BBBB", "1", 8) + kGend, 8);
-  const Scratch scratch;
-  for (std::size_t length = 0; length < whole.size(); ++length)
-  {
-    const std::string cut = whole.substr(0, length);
-    const std::unique_ptr<char[]> exact(new char[length]); // so that a read past it is seen
-    cut.copy(exact.get(), length);
-    EXPECT_EQ(read(memoryName(exact.get(), length)), read("mmap:" + scratch.write("cut", cut))) << length;
-    EXPECT_NE(read(scratch.path("cut")).find_first_of(".!"), std::string::npos) << length;
-  }
-}
-
 TEST(FLread, getsDataInPiecesAndNoFurther)
 {
   const std::string bytes = form(chunk("AAAA", "1234567") + chunk("BBBB", std::string(100000, 'b')) + chunk("CCCC", "c"));
@@ -177,55 +159,6 @@ TEST(FLread, believesNoSize)
     EXPECT_EQ(FLgetchunk(file, nullptr, nullptr), nullptr) << name;
     EXPECT_EQ(flerrno, kFLbadSize) << name;
     EXPECT_EQ(FLclose(file), 0) << name;
-  }
-}
-
-// Random steps and bytes put back, against a plain string.
-TEST(FLread, seeksAndTakesBytesBack)
-{
-  std::string bytes = form(std::string(300000, '-'));
-  for (std::size_t i = 0; i < bytes.size(); ++i)
-    bytes[i] = char(i * 31 / 7);
-  const Scratch scratch;
-  for (const std::string& name : ways(scratch, bytes))
-  {
-    SCOPED_TRACE(name);
-    const bool pipe = name.compare(0, 5, "pipe:") == 0;
-    _FLfile* file = FLopen(name.c_str(), "r");
-    std::string model = bytes; // bytes put back change it until they are passed
-    Tint64 position = 0;
-    unsigned random = 1;
-    const auto next = [&random](unsigned below) { return (random = random * 1103515245 + 12345) / 65536 % below; };
-    for (int step = 0; step < 400; ++step)
-    {
-      const unsigned action = next(4);
-      if (action == 0)
-      {
-        const Tint64 target = pipe ? std::min<Tint64>(position + next(3000), Tint64(bytes.size())) : next(300000);
-        const bool relative = next(2) == 0;
-        ASSERT_EQ(FLseek(file, relative ? target - position : target, relative), 0);
-        if (target < position || target - position > 40) // else it may still lie in what was put back
-          model = bytes;
-        position = target;
-      }
-      else if (action == 1 && position > 40)
-      {
-        const std::string back(next(40), char('A' + next(26)));
-        ASSERT_EQ(FLunread(file, back.data(), long(back.size())), 0);
-        position -= Tint64(back.size());
-        model.replace(std::size_t(position), back.size(), back);
-      }
-      else
-      {
-        std::string buffer(next(action == 2 ? 50 : 90000), '\0');
-        const long got = FLread(file, buffer.data(), long(buffer.size()));
-        buffer.resize(std::size_t(got));
-        ASSERT_EQ(buffer, model.substr(std::size_t(position), buffer.size()));
-        position += got;
-      }
-      ASSERT_EQ(FLtell(file), position);
-    }
-    EXPECT_EQ(FLclose(file), 0);
   }
 }
 
