@@ -104,10 +104,10 @@ enum
 /// What FLidflags says of an id.
 enum
 {
-  kFLidAlign = 0x0F,     ///< mask of the alignment: 2, 4 or 8 for group ids, 4 for marks, 0 for plain chunks
-  kFLidGroup = 0x10,     ///< a 4-byte type id and chunks follow the header
-  kFLidReserved = 0x20,  ///< structural
-  kFLidRoot = 0x40,      ///< may stand at the root of a file
+  kFLidAlign = 0x0F,      ///< mask of the alignment: 2, 4 or 8 for group ids, 4 for marks, 0 for plain chunks
+  kFLidGroup = 0x10,      ///< a 4-byte type id and chunks follow the header
+  kFLidReserved = 0x20,   ///< structural
+  kFLidRoot = 0x40,       ///< may stand at the root of a file
   kFLidHoldsProps = 0x80, ///< may hold property groups
   kFLidForm = 0x100,
   kFLidCat = 0x200,
@@ -148,14 +148,15 @@ FOUNDATION_API unsigned FLidflags(TuInt32 id);
 ///     path                     a local file. A ':' that is the second character or follows a '/' makes no host
 ///
 /// Numbers are decimal, or hexadecimal after 0x. A name that ends in ".Z", other than one in memory, passes through
-/// "zcat" or "compress" (see FLsetfilters; a limit on the forms does not stop that). What comes from a pipe, a fifo, a character device or a filter, and what
-/// is written behind the bytes of a file that was not empty, is a fifo: it is read or written strictly forwards.
+/// "zcat" or "compress" (see FLsetfilters; a limit on the forms does not stop that). What comes from a pipe, a fifo, a
+/// character device or a filter, and what is written behind the bytes of a file that was not empty, is a fifo: it is
+/// read or written strictly forwards.
 ///
 /// Null with flerrno on failure: kFLbadMode (null or wrong arguments, or a form that cannot be opened that way),
-/// kFLbadName (a form that is switched off or malformed, a host or a remote path that begins with '-'), kFLnotFile (a directory),
-/// kFLbadSize (a block beyond the end of memory), kFLhostError (the host does not resolve), kFLnoFilter (no such
-/// filter command), kFLnoMemory, kFLioError (the system's reason is in errno). Nothing is left open. The root group is
-/// checked by the first FLbgnget, not here.
+/// kFLbadName (a form that is switched off or malformed, a host or a remote path that begins with '-'), kFLnotFile (a
+/// directory), kFLbadSize (a block beyond the end of memory), kFLhostError (the host does not resolve), kFLnoFilter (no
+/// such filter command), kFLnoMemory, kFLioError (the system's reason is in errno). Nothing is left open. The root
+/// group is checked by the first FLbgnget, not here.
 FOUNDATION_API _FLfile* FLopen(const char* name, const char* mode);
 
 /// Opens the local file \p path, whatever characters it has: no form, no filter. Otherwise like FLopen.
@@ -225,9 +226,9 @@ FOUNDATION_API int FLbgnget(_FLfile* file, TuInt32* id, Tint32* size);
 
 /// Ends the current chunk: skips what is left of it, and its padding. 0 also when no header is pending. A group whose
 /// size is unknown is walked to its end; a streamed chunk (FL_SIZE_STREAMED) ends behind the bytes "CVOE" 0x80000000.
-/// Errors leave the chunk pending (a group of unknown size is left all the same): kFLioError (at most 256 bytes were left and the file does not have them),
-/// kFLpastBlock (the same on a fifo), kFLnoEndMarker, and for other unknown sizes kFLinUse (still being written) or,
-/// on a fifo, kFLbadSize.
+/// Errors leave the chunk pending (a group of unknown size is left all the same): kFLioError (at most 256 bytes were
+/// left and the file does not have them), kFLpastBlock (the same on a fifo), kFLnoEndMarker, and for other unknown
+/// sizes kFLinUse (still being written) or, on a fifo, kFLbadSize.
 FOUNDATION_API int FLendget(_FLfile* file);
 
 /// Reads up to \p count bytes of the current chunk and returns how many it read. Fewer with kFLpastBlock: the chunk
@@ -252,15 +253,15 @@ FOUNDATION_API int FLbgnreadgroup(_FLfile* file, TuInt32* type, Tint32* size);
 
 /// Leaves the current group, skipping what is left of it, and its padding; the level is left in any case. kFLnoGroup
 /// at the root, else the first error met on the way. Walks, without recursion, only into groups of unknown size, which
-/// take 72 bytes of memory for each of them that is nested in another.
+/// take some 80 bytes of memory for each of them that is nested in another.
 FOUNDATION_API int FLendrgroup(_FLfile* file);
 
 /// Enters the next group and leaves it at once; the statuses of both.
 FOUNDATION_API int FLskipgroup(_FLfile* file);
 
 /// Reads up to \p count bytes at the present position, whatever chunk they belong to, and returns how many: fewer at
-/// the end of the file, or with kFLioError. A pending chunk still ends where it did. 0 with kFLbadMode on a file that is
-/// only written, with kFLfifo on one that was written and cannot go back.
+/// the end of the file, or with kFLioError. A pending chunk still ends where it did. 0 with kFLbadMode on a file that
+/// is only written, with kFLfifo on one that was written and cannot go back.
 FOUNDATION_API long FLread(_FLfile* file, void* buffer, long count);
 
 /// Puts \p count bytes back in front of the present position, to be read again first. They need not be the bytes
@@ -269,9 +270,9 @@ FOUNDATION_API int FLunread(_FLfile* file, const void* bytes, long count);
 
 /// Moves the position. Bytes put back hold for a step that ends among them; any other drops them. \p whence 0: to
 /// \p offset from the start; 1: by \p offset; 2: to \p offset bytes before the end (a positive offset moves towards the
-/// start). Errors: kFLunknownSize (whence 2 where the size is not known), kFLbadCall (another whence), kFLfifo (backwards
-/// on a fifo, or at all on one that is written), kFLpastBlock (a fifo that ends before the target), kFLioError (a target
-/// below 0, a step of up to 256 bytes forward that leaves the file, a failing system call).
+/// start). Errors: kFLunknownSize (whence 2 where the size is not known), kFLbadCall (another whence), kFLfifo
+/// (backwards on a fifo, or at all on one that is written), kFLpastBlock (a fifo that ends before the target),
+/// kFLioError (a target below 0, a step of up to 256 bytes forward that leaves the file, a failing system call).
 FOUNDATION_API int FLseek(_FLfile* file, Tint64 offset, int whence);
 
 /// The position, in bytes from the start; -1 with kFLbadCall for null.

@@ -157,8 +157,8 @@ volatile std::sig_atomic_t gCaught = 0;
 bool noteLoudly(int signal)
 {
   gCaught = signal;
-  for (const char* text : {static_cast<const char*>(gProgram), ": ", Platform::signalName(signal), ": ",
-                           message(flerrno), "\n"})
+  for (const char* text :
+       {static_cast<const char*>(gProgram), ": ", Platform::signalName(signal), ": ", message(flerrno), "\n"})
     Platform::writeError(text);
   return false;
 }

@@ -32,40 +32,40 @@ enum : unsigned
 /// One nesting level. The chunk is the one at hand at this level: for an enclosing level the group that was entered.
 struct FLcontext
 {
-  FLcontext* fParent; // null for the root; in the list of spare levels the next
-  Tint64 fStart;      // position of the level's data: of a group just behind the type id
-  Tint64 fLimit;      // position where the level ends; kFLnoLimit when nothing tells
-  Tint64 fChunkStart; // position of the chunk's data
-  Tint64 fChunkEnd;   // where its data end; the level's end while the size is unknown
-  unsigned fFlags;    // of the chunk; 0 when there is none
-  TuInt32 fId;        // of the chunk
-  Tint32 fSize;       // of the chunk, or a mark
-  TuInt32 fType;      // of the chunk when it is a group
+  FLcontext* fParent;       // null for the root; in the list of spare levels the next
+  Tint64 fStart;            // position of the level's data: of a group just behind the type id
+  Tint64 fLimit;            // position where the level ends; kFLnoLimit when nothing tells
+  Tint64 fChunkStart;       // position of the chunk's data
+  Tint64 fChunkEnd;         // where its data end; the level's end while the size is unknown
+  unsigned fFlags;          // of the chunk; 0 when there is none
+  TuInt32 fId;              // of the chunk
+  Tint32 fSize;             // of the chunk, or a mark
+  TuInt32 fType;            // of the chunk when it is a group
   unsigned char fMask;      // alignment - 1 of the level
   unsigned char fChunkMask; // alignment - 1 of the chunk
 };
 
 constexpr Tint64 kFLnoLimit = LLONG_MAX;
 constexpr Tint64 kFLlastPosition = LLONG_MAX / 2; // that a step may reach: what lies behind it can be computed with
-constexpr Tint64 kFLunbounded = 0x7FFFFFF0; // room for a chunk where nothing else limits it
-constexpr Tint64 kFLnoMark = -16;           // high-water mark of a file of unknown size
+constexpr Tint64 kFLunbounded = 0x7FFFFFF0;       // room for a chunk where nothing else limits it
+constexpr Tint64 kFLnoMark = -16;                 // high-water mark of a file of unknown size
 constexpr std::size_t kFLwindowSize = 65536;
 
-constexpr TuInt32 kFLgend = 0x47454E44;        // "GEND"
-constexpr TuInt32 kFLpath = 0x50415448;        // "PATH"
-constexpr TuInt32 kFLincl = 0x494E434C;        // "INCL"
-constexpr TuInt32 kFLeovc = 0x454F5643;        // "EOVC": ends a streamed chunk
+constexpr TuInt32 kFLgend = 0x47454E44;         // "GEND"
+constexpr TuInt32 kFLpath = 0x50415448;         // "PATH"
+constexpr TuInt32 kFLincl = 0x494E434C;         // "INCL"
+constexpr TuInt32 kFLeovc = 0x454F5643;         // "EOVC": ends a streamed chunk
 constexpr TuInt32 kFLeovcMirrored = 0x43564F45; // "CVOE": what readers of plain chunks look for
-constexpr TuInt32 kFLmarkWord = 0x80000000;    // the size word behind both
+constexpr TuInt32 kFLmarkWord = 0x80000000;     // the size word behind both
 
 /// Where bytes come from or go to when they are not in memory.
 struct FLtransport
 {
   int fDescriptor = -1;
   std::FILE* fStream = nullptr; // standard input: read through it, so that what others read of it is not lost
-  bool fBorrowed = false; // never closed
-  Tint64 fOrigin = 0;     // offset that is position 0
-  int fModeBefore = 0;    // translation mode of a borrowed descriptor
+  bool fBorrowed = false;       // never closed
+  Tint64 fOrigin = 0;           // offset that is position 0
+  int fModeBefore = 0;          // translation mode of a borrowed descriptor
 
   bool isOpen() const { return fDescriptor >= 0; }
 };
@@ -88,13 +88,13 @@ struct _FLfile // NOLINT: the name is the interface's
   unsigned char* fOutEnd = nullptr;
   FLcontext fRoot = {};
 
-  _FLfile* fNext = nullptr; // in the list of open files
-  char* fName = nullptr;    // as given
+  _FLfile* fNext = nullptr;    // in the list of open files
+  char* fName = nullptr;       // as given
   const char* fPath = nullptr; // in fName, when it was opened by a path
 
-  bool fReads = false;  // opened for reading
-  bool fWrites = false; // opened for writing
-  bool fBoth = false;   // raw transfers go both ways
+  bool fReads = false;   // opened for reading
+  bool fWrites = false;  // opened for writing
+  bool fBoth = false;    // raw transfers go both ways
   bool fWriting = false; // the last transfer was a write
   bool fFifo = false;
   bool fLegacy = false;    // look for the true sizes of old chunks
@@ -113,7 +113,7 @@ struct _FLfile // NOLINT: the name is the interface's
   FLtransport fSecond; // a spooled file's output
   FLfilter fFilters[2];
 
-  unsigned char* fWindow = nullptr; // the buffer of kFLwindowSize bytes, unless a memory file
+  unsigned char* fWindow = nullptr;  // the buffer of kFLwindowSize bytes, unless a memory file
   std::size_t fFill = kFLwindowSize; // how much to ask for next
 
   unsigned char* fPushed = nullptr; // bytes put back; the window while not null
@@ -146,7 +146,8 @@ inline int FLfail(int code)
 inline bool FLplainAtSight(TuInt32 id)
 {
   constexpr auto bit = [](char c) { return 1U << (c - '@'); };
-  static constexpr TuInt32 kCare[8] = {1, 0, bit('F') | bit('C') | bit('L') | bit('P') | bit('G') | bit('I') | bit('S')};
+  static constexpr TuInt32 kCare[8] = {1, 0,
+                                       bit('F') | bit('C') | bit('L') | bit('P') | bit('G') | bit('I') | bit('S')};
   return !(kCare[id >> 29] >> (id >> 24 & 31U) & 1U);
 }
 

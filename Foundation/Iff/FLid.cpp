@@ -23,10 +23,10 @@ constexpr struct
   TuInt32 id;
   unsigned flags;
 } kTable[] = {
-  {id4("FOR4"), kForm | 4}, {id4("FORM"), kForm | 2}, {id4("FOR8"), kForm | 8},
-  {id4("CAT4"), kCat | 4},  {id4("CAT "), kCat | 2},  {id4("CAT8"), kCat | 8},
-  {id4("LIS4"), kList | 4}, {id4("LIST"), kList | 2}, {id4("LIS8"), kList | 8},
-  {id4("PRO4"), kProp | 4}, {id4("PROP"), kProp | 2}, {id4("PRO8"), kProp | 8},
+  {id4("FOR4"), kForm | 4},     {id4("FORM"), kForm | 2},     {id4("FOR8"), kForm | 8},
+  {id4("CAT4"), kCat | 4},      {id4("CAT "), kCat | 2},      {id4("CAT8"), kCat | 8},
+  {id4("LIS4"), kList | 4},     {id4("LIST"), kList | 2},     {id4("LIS8"), kList | 8},
+  {id4("PRO4"), kProp | 4},     {id4("PROP"), kProp | 2},     {id4("PRO8"), kProp | 8},
   {kFLgend, kFLidReserved | 4}, {kFLpath, kFLidReserved | 4}, {kFLincl, 4},
 };
 static_assert(std::size(kTable) == 15);

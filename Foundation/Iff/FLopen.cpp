@@ -195,7 +195,8 @@ int openStream(_FLfile* file, std::FILE* stream, bool readable)
   }
   transport.fModeBefore = Platform::setBinary(transport.fDescriptor);
   // Below 0 where it cannot seek, which the examination shows.
-  transport.fOrigin = file->fReads ? Platform::streamOffset(stream) : Platform::seekTo(transport.fDescriptor, 0, SEEK_CUR);
+  transport.fOrigin =
+    file->fReads ? Platform::streamOffset(stream) : Platform::seekTo(transport.fDescriptor, 0, SEEK_CUR);
   return 0;
 }
 
@@ -342,8 +343,7 @@ int examineTransport(_FLfile* file)
     return FLfail(kFLioError);
   switch (found.kind)
   {
-  case Platform::Examination::other:
-    return FLfail(kFLnotFile);
+  case Platform::Examination::other: return FLfail(kFLnotFile);
   case Platform::Examination::stream:
     file->fFifo = true;
     file->fTransport.fOrigin = 0;
@@ -422,26 +422,13 @@ int openName(_FLfile* file, const char* name, bool literal, unsigned openFlags, 
   int error = 0;
   switch (form)
   {
-  case kFLformPipe:
-    error = openShell(file, command);
-    break;
-  case kFLformStream:
-    error = openStream(file, stream->stream, stream->readable);
-    break;
-  case kFLformMmap:
-    error = openMapped(file, mapped);
-    break;
-  case kFLformFd:
-    error = openDescriptor(file, number);
-    break;
-  case kFLformMem:
-    error = openMemory(file, address);
-    break;
-  case kFLformHost:
-    error = openRemote(file, name, colon);
-    break;
-  default:
-    error = openPath(file, name, openFlags);
+  case kFLformPipe: error = openShell(file, command); break;
+  case kFLformStream: error = openStream(file, stream->stream, stream->readable); break;
+  case kFLformMmap: error = openMapped(file, mapped); break;
+  case kFLformFd: error = openDescriptor(file, number); break;
+  case kFLformMem: error = openMemory(file, address); break;
+  case kFLformHost: error = openRemote(file, name, colon); break;
+  default: error = openPath(file, name, openFlags);
   }
   if (error == 0 && !file->fInMemory && form != kFLformFd && !file->fFifo)
     error = examineTransport(file);

@@ -18,7 +18,8 @@ constexpr const char* kSeparators = "/";
 #endif
 
 // Passes a system call's result on and notes its failure.
-template <class Result> Result noted(Result result, bool failed)
+template <class Result>
+Result noted(Result result, bool failed)
 {
   if (failed)
     FLfail(errno == ENOSYS ? kFLnotImplemented : kFLioError);

@@ -36,9 +36,9 @@ struct Examination
 {
   enum Kind
   {
-    file,  // regular: it has a size and a position
+    file,   // regular: it has a size and a position
     stream, // fifo, character device or nothing known: strictly forwards
-    other  // directory and the like
+    other   // directory and the like
   };
   Kind kind = other;
   Tint64 size = 0;      // of a file

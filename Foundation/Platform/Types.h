@@ -15,11 +15,11 @@ typedef unsigned long TuInt32; // NOLINT(modernize-use-using)
 typedef int Tint32;           // NOLINT(modernize-use-using)
 typedef unsigned int TuInt32; // NOLINT(modernize-use-using)
 #endif
-typedef signed char Tint8;         // NOLINT(modernize-use-using)
-typedef unsigned char TuInt8;      // NOLINT(modernize-use-using)
-typedef short Tint16;              // NOLINT(modernize-use-using)
-typedef unsigned short TuInt16;    // NOLINT(modernize-use-using)
-typedef long long Tint64;          // NOLINT(modernize-use-using)
+typedef signed char Tint8;          // NOLINT(modernize-use-using)
+typedef unsigned char TuInt8;       // NOLINT(modernize-use-using)
+typedef short Tint16;               // NOLINT(modernize-use-using)
+typedef unsigned short TuInt16;     // NOLINT(modernize-use-using)
+typedef long long Tint64;           // NOLINT(modernize-use-using)
 typedef unsigned long long TuInt64; // NOLINT(modernize-use-using)
 
 #ifdef __cplusplus

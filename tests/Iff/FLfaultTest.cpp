@@ -345,7 +345,7 @@ TEST(FLfault, walksBeyondFourGigabytes)
   const std::string path = scratch.write("file", "");
   constexpr Tint64 kThird = 2 * (8 + 0x7FFFFFE8LL);
   std::filesystem::resize_file(path, kThird + 8 + 0x7FFFFFE8LL);
-  const std::string start = header("FORM", 0x7FFFFFE8) + "TEST" + chunk("NAME", std::string("abc", 4));
+  const std::string start = header("FORM", 0x7FFFFFE8) + "TEST" + chunk("NAME", std::string("abc") + '\0');
   const int descriptor = open(path.c_str(), O_RDWR);
   for (const Tint64 at : {0LL, kThird / 2, kThird})
     ASSERT_EQ(pwrite(descriptor, start.data(), start.size(), at), ssize_t(start.size()));

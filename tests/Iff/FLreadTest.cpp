@@ -40,7 +40,8 @@ const Case kCases[] = {
   {"several roots", form("") + form(""), "FORM:TEST[]FORM:TEST[]."},
   {"padding to 2", form(chunk("AAAA", "12345") + chunk("BBBB", "")), "FORM:TEST[AAAA=12345 BBBB= ]."},
   {"padding to 4", form(chunk("AAAA", "12345", 4) + chunk("BBBB", ""), "FOR4"), "FOR4:TEST[AAAA=12345 BBBB= ]."},
-  {"padding to 8 is inherited", chunk("FOR8", "TEST" + chunk("FORM", "TEST" + chunk("AAAA", "12345", 8) + chunk("BBBB", "1", 8), 8), 8),
+  {"padding to 8 is inherited",
+   chunk("FOR8", "TEST" + chunk("FORM", "TEST" + chunk("AAAA", "12345", 8) + chunk("BBBB", "1", 8), 8), 8),
    "FOR8:TEST[FORM:TEST[AAAA=12345 BBBB=1 ]]."},
   {"a group is padded by its own alignment", form(padded(form("", "FOR8"), 8) + padded(form("", "FOR8"), 8)),
    "FORM:TEST[FOR8:TEST[]FOR8:TEST[]]."},
@@ -68,8 +69,9 @@ const Case kCases[] = {
    "FORM:TEST[AAAA=1 !13]!13."},
   {"data cut off", header("FORM", 100) + "TEST" + header("AAAA", 80) + "1234", "FORM:TEST[AAAA=1234 !40]!40.",
    "FORM:TEST[AAAA=1234 ].", "FORM:TEST[AAAA=1234 !13]!13."},
-  {"streamed", header("FORM", kStreamed) + "TEST" + header("FORM", kUnknown) + "TEST" + chunk("AAAA", "123") + kGend +
-                 kGend + form(""),
+  {"streamed",
+   header("FORM", kStreamed) + "TEST" + header("FORM", kUnknown) + "TEST" + chunk("AAAA", "123") + kGend + kGend +
+     form(""),
    "FORM:TEST[FORM:TEST[AAAA=123 ]]FORM:TEST[]."},
   {"streamed, ended by the file", header("FORM", kStreamed) + "TEST" + chunk("AAAA", "123"), "FORM:TEST[AAAA=123 ]."},
   {"unknown size takes the end from GEND", header("FOR4", kPatched) + "TEST" + kGend + form(""),
@@ -80,7 +82,8 @@ const Case kCases[] = {
   {"GEND with a size", header("FORM", kStreamed) + "TEST" + header("GEND", 4) + "1234", "FORM:TEST[!18]!18!12"},
   {"streamed chunk ends at the mirrored mark",
    form(header("AAAA", kStreamed) + "1234" + "CVOE" + kCvoe + chunk("BBBB", "1")), "FORM:TEST[AAAA=1234 BBBB=1 ]."},
-  {"streamed chunk does not end at EOVC", form(header("AAAA", kStreamed) + "1234" + kEovc), "FORM:TEST[AAAA=1234 !15]."},
+  {"streamed chunk does not end at EOVC", form(header("AAAA", kStreamed) + "1234" + kEovc),
+   "FORM:TEST[AAAA=1234 !15]."},
   {"chunk still being written", form(header("AAAA", kPatched) + "1234"), "FORM:TEST[AAAA=1234 !27].",
    "FORM:TEST[AAAA=1234 !27].", "FORM:TEST[AAAA=1234 !16]."},
 };
@@ -101,7 +104,8 @@ TEST(FLread, walksByTheRules)
 
 TEST(FLread, getsDataInPiecesAndNoFurther)
 {
-  const std::string bytes = form(chunk("AAAA", "1234567") + chunk("BBBB", std::string(100000, 'b')) + chunk("CCCC", "c"));
+  const std::string bytes =
+    form(chunk("AAAA", "1234567") + chunk("BBBB", std::string(100000, 'b')) + chunk("CCCC", "c"));
   const Scratch scratch;
   for (const std::string& name : ways(scratch, bytes))
   {
@@ -180,7 +184,8 @@ TEST(FLread, countsFromTheEnd)
 
 TEST(FLread, findsTheSizesOfOldChunks)
 {
-  const std::string bytes = form(header("FRAM", 1) + "123456" + header("SHAP", 0x7FFFFFFF) + "12" + header("GRUP", 2) + "ab");
+  const std::string bytes =
+    form(header("FRAM", 1) + "123456" + header("SHAP", 0x7FFFFFFF) + "12" + header("GRUP", 2) + "ab");
   const Scratch scratch;
   for (const std::string& name : ways(scratch, bytes))
   {

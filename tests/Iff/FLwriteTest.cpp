@@ -25,8 +25,7 @@ struct Outputs
   explicit Outputs(const Script& script)
   {
     const Scratch scratch;
-    const auto run = [&](const std::string& name, const char* mode)
-    {
+    const auto run = [&](const std::string& name, const char* mode) {
       _FLfile* out = FLopen(name.c_str(), mode);
       ASSERT_TRUE(out) << name << ": " << FLstrerror(flerrno);
       script(out);
@@ -47,31 +46,32 @@ struct Outputs
 
 TEST(FLwrite, patchesWhereItCanAndStreamsWhereItCannot)
 {
-  const Outputs out(
-    [](_FLfile* file)
-    {
-      EXPECT_EQ(FLbgnwritegroup(file, id("FORM"), id("TEST")), 0);
-      put(file, "AAAA", "123");
-      put(file, "BBBB", "12345", false);
-      put(file, "CCCC", "", false);
-      EXPECT_EQ(FLbgnwritegroup(file, id("FOR8"), id("TEST")), 0);
-      put(file, "DDDD", "1");
-      put(file, "EEEE", "1", false);
-      EXPECT_EQ(FLendwritegroup(file), 0);
-      EXPECT_EQ(FLbgnwritegroupsize(file, id("LIST"), id("TEST"), 14), 0);
-      put(file, "FFFF", "1");
-    }); // FLclose ends what is open
+  const Outputs out([](_FLfile* file) {
+    EXPECT_EQ(FLbgnwritegroup(file, id("FORM"), id("TEST")), 0);
+    put(file, "AAAA", "123");
+    put(file, "BBBB", "12345", false);
+    put(file, "CCCC", "", false);
+    EXPECT_EQ(FLbgnwritegroup(file, id("FOR8"), id("TEST")), 0);
+    put(file, "DDDD", "1");
+    put(file, "EEEE", "1", false);
+    EXPECT_EQ(FLendwritegroup(file), 0);
+    EXPECT_EQ(FLbgnwritegroupsize(file, id("LIST"), id("TEST"), 14), 0);
+    put(file, "FFFF", "1");
+  }); // FLclose ends what is open
   const std::string list = chunk("LIST", "TEST" + chunk("FFFF", "1"));
   const std::string patched =
-    chunk("FORM", "TEST" + chunk("AAAA", "123") + header("BBBB", 5) + padded("12345", 4) + chunk("CCCC", "") +
-                    chunk("FOR8", "TEST" + chunk("DDDD", "1", 8) + chunk("EEEE", "1", 8), 8) + list, 4);
+    chunk("FORM",
+          "TEST" + chunk("AAAA", "123") + header("BBBB", 5) + padded("12345", 4) + chunk("CCCC", "") +
+            chunk("FOR8", "TEST" + chunk("DDDD", "1", 8) + chunk("EEEE", "1", 8), 8) + list,
+          4);
   EXPECT_EQ(out.file, patched);
   EXPECT_EQ(out.memory, patched);
   EXPECT_EQ(out.spooled, patched);
   // The group of 8 begins its padding with its own data: 4 + 16 + 24 + 8 bytes are 4 short of a multiple of 8.
   const std::string inner = "TEST" + chunk("DDDD", "1", 8) + header("EEEE", kStreamed) + padded("1", 8) + kEovc + kGend;
   const std::string body = "TEST" + chunk("AAAA", "123") + header("BBBB", kStreamed) + padded("12345", 4) + kEovc +
-                           header("CCCC", kStreamed) + kEovc + header("FOR8", kStreamed) + padded(inner, 8) + list + kGend;
+                           header("CCCC", kStreamed) + kEovc + header("FOR8", kStreamed) + padded(inner, 8) + list +
+                           kGend;
   EXPECT_EQ(out.pipe, header("FORM", kStreamed) + padded(body, 4));
 }
 
@@ -80,13 +80,11 @@ TEST(FLwrite, patchesAcrossTheWindow)
 {
   for (std::size_t before = 65536 - 40; before < 65536 + 8; ++before)
   {
-    const Outputs out(
-      [before](_FLfile* file)
-      {
-        FLbgnwritegroup(file, id("FOR4"), id("TEST"));
-        put(file, "AAAA", std::string(before - 28, 'a'));
-        put(file, "BBBB", std::string(before % 2 ? 10 : 70000, 'b'), false);
-      });
+    const Outputs out([before](_FLfile* file) {
+      FLbgnwritegroup(file, id("FOR4"), id("TEST"));
+      put(file, "AAAA", std::string(before - 28, 'a'));
+      put(file, "BBBB", std::string(before % 2 ? 10 : 70000, 'b'), false);
+    });
     const std::string expected = chunk("FOR4", "TEST" + chunk("AAAA", std::string(before - 28, 'a'), 4) +
                                                  chunk("BBBB", std::string(before % 2 ? 10 : 70000, 'b'), 4));
     ASSERT_TRUE(out.file == expected && out.memory == expected && out.spooled == expected) << before;
@@ -149,34 +147,31 @@ TEST(FLwrite, refusesWhatWouldBreakTheFile)
 
 TEST(FLwrite, buffersChunks)
 {
-  const Outputs out(
-    [](_FLfile* file)
-    {
-      FLbgnwritegroup(file, id("FOR4"), id("TEST"));
-      std::memset(FLbgnbufchunk(file, id("XXXX"), 20), 'x', 20); // leaves the buffer dirty
-      EXPECT_EQ(FLendbufchunk(file, -1), 0);
-      std::memset(FLbgnbufchunk(file, id("AAAA"), 9), 'a', 9);
-      EXPECT_EQ(FLendbufchunk(file, 10), kFLbadSize);
-      EXPECT_EQ(FLendbufchunk(file, 5), 0);
-      EXPECT_EQ(FLendbufchunk(file, 5), kFLnoChunk);
-      std::memset(FLbgnbufchunk(file, id("BBBB"), 3), 'b', 3);
-      EXPECT_EQ(FLendbufchunk(file, 0), 0);
-      std::memcpy(FLbgnbufchunk(file, id("FOR8"), 4), "TEST", 4); // brings its own alignment
-      EXPECT_EQ(FLendbufchunk(file, 0), 0);
-      EXPECT_EQ(FLputtypedchunk(file, id("CCCC"), 6, "cc", 0), 0);
-      EXPECT_EQ(FLputtypedchunk(file, id("CCCC"), 3, "cc", 0), kFLbadSize);
-      FLbgnputchunk(file, id("DDDD"), 4);
-      EXPECT_EQ(FLputs(file, "dd"), 3);
-      EXPECT_EQ(FLputchar(file, 'd'), 1);
-      FLendputchunk(file);
-      std::memcpy(FLbgnwrite(file, 8), "EEEE\0\0\0", 8);
-      EXPECT_EQ(FLendwrite(file, 17), kFLbadSize);
-      EXPECT_EQ(FLendwrite(file, 0), 0);
-      FLendwritegroup(file);
-    });
+  const Outputs out([](_FLfile* file) {
+    FLbgnwritegroup(file, id("FOR4"), id("TEST"));
+    std::memset(FLbgnbufchunk(file, id("XXXX"), 20), 'x', 20); // leaves the buffer dirty
+    EXPECT_EQ(FLendbufchunk(file, -1), 0);
+    std::memset(FLbgnbufchunk(file, id("AAAA"), 9), 'a', 9);
+    EXPECT_EQ(FLendbufchunk(file, 10), kFLbadSize);
+    EXPECT_EQ(FLendbufchunk(file, 5), 0);
+    EXPECT_EQ(FLendbufchunk(file, 5), kFLnoChunk);
+    std::memset(FLbgnbufchunk(file, id("BBBB"), 3), 'b', 3);
+    EXPECT_EQ(FLendbufchunk(file, 0), 0);
+    std::memcpy(FLbgnbufchunk(file, id("FOR8"), 4), "TEST", 4); // brings its own alignment
+    EXPECT_EQ(FLendbufchunk(file, 0), 0);
+    EXPECT_EQ(FLputtypedchunk(file, id("CCCC"), 6, "cc", 0), 0);
+    EXPECT_EQ(FLputtypedchunk(file, id("CCCC"), 3, "cc", 0), kFLbadSize);
+    FLbgnputchunk(file, id("DDDD"), 4);
+    EXPECT_EQ(FLputs(file, "dd"), 3);
+    EXPECT_EQ(FLputchar(file, 'd'), 1);
+    FLendputchunk(file);
+    std::memcpy(FLbgnwrite(file, 8), "EEEE\0\0\0", 8);
+    EXPECT_EQ(FLendwrite(file, 17), kFLbadSize);
+    EXPECT_EQ(FLendwrite(file, 0), 0);
+    FLendwritegroup(file);
+  });
   const std::string expected =
-    chunk("FOR4", "TEST" + chunk("AAAA", "aaaaa", 4) + chunk("BBBB", "bbb", 4) +
-                    chunk("FOR8", "TEST", 8) +
+    chunk("FOR4", "TEST" + chunk("AAAA", "aaaaa", 4) + chunk("BBBB", "bbb", 4) + chunk("FOR8", "TEST", 8) +
                     chunk("CCCC", std::string(4, '\0') + "cc", 4) + chunk("DDDD", std::string("dd\0d", 4)) +
                     chunk("EEEE", ""));
   EXPECT_EQ(out.file, expected);

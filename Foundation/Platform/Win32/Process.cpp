@@ -165,9 +165,8 @@ bool findProgram(const char* name, const char* path, char* result, std::size_t s
     const std::size_t length = std::strcspn(folder, ";");
     for (const char* suffix : {".exe", ""})
     {
-      const int total = length == 0
-                          ? std::snprintf(result, size, ".\\%s%s", name, suffix)
-                          : std::snprintf(result, size, "%.*s\\%s%s", int(length), folder, name, suffix);
+      const int total = length == 0 ? std::snprintf(result, size, ".\\%s%s", name, suffix)
+                                    : std::snprintf(result, size, "%.*s\\%s%s", int(length), folder, name, suffix);
       if (total > 0 && std::size_t(total) < size && isProgram(result))
         return true;
     }

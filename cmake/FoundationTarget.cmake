@@ -1,0 +1,14 @@
+# What every target of ours has, libraries, programs and tests alike.
+function(foundation_target target)
+  target_compile_features(${target} PRIVATE cxx_std_20)
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  # Neither debug information nor __FILE__ tells where the library was built.
+  target_compile_options(${target} PRIVATE
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=.)
+  if(FOUNDATION_WARNINGS) # signs apart, which GCC leaves out of -Wconversion and Clang does not
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wno-sign-conversion -Wshadow -Werror)
+  endif()
+  if(CMAKE_SYSTEM_NAME STREQUAL Linux)
+    target_compile_definitions(${target} PRIVATE _FILE_OFFSET_BITS=64)
+  endif()
+endfunction()
