@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "Foundation/Debug/Texception.h"
 #include "Foundation/Iff/FL.h"
+#include "Foundation/Memory/Tallocator.h"
 #include "Foundation/Platform/Export.h"
 #include "Foundation/Platform/Types.h"

@@ -1,0 +1,3 @@
+#include "Foundation/Memory/Tallocator.h"
+
+Tallocator::~Tallocator() = default;
