@@ -7,6 +7,26 @@
 #include <cstdlib>
 #include <ostream>
 
+namespace {
+
+// The first word of a bitmap that is not all ones; `end` when there is none.
+TuInt32* firstWithRoom(TuInt32* at, TuInt32* end) noexcept
+{
+  for (; end - at >= 16; at += 16)
+  {
+    TuInt32 all = at[0];
+    for (int i = 1; i < 16; ++i)
+      all &= at[i];
+    if (~all)
+      break;
+  }
+  while (at != end && !~*at)
+    ++at;
+  return at;
+}
+
+} // namespace
+
 TcompactArena::TcompactArena(unsigned int blockSize, unsigned int pageBytes, Tallocator& allocator,
                              const char* name) noexcept
   : TcompactArena(blockSize, pageBytes, name)
@@ -49,7 +69,6 @@ void* TcompactArena::take(TcompactPage* page)
 {
   long index = 0;
   void* block = page->allocateSearch(&index);
-  page->fMark = TuInt32(index) + 1;
   if (++page->fCount == fCapacity)
     --fRoomy;
   Tpoison::unpoison(block, fBlockSize);
@@ -60,25 +79,32 @@ void* TcompactArena::TcompactPage::allocateSearch(long* index) noexcept
 {
   const TcompactArena* owner = static_cast<const TcompactArena*>(arena());
   TuInt32* words = bitmap();
-  const std::size_t count = (fCapacity + 31) / 32;
-  const std::size_t cursor = std::min<std::size_t>(fMark / 32, count);
-  const auto isFull = [](TuInt32 word) { return word == 0xFFFFFFFF; };
-  TuInt32* word = std::find_if_not(words + cursor, words + count, isFull);
-  if (word == words + count && owner->fShift) // elsewhere the division costs what it could save
+  TuInt32* end = words + (fCapacity + 31) / 32;
+  TuInt32* cursor = std::min(words + fMark / 32, end);
+  const auto nearRelease = [&] {
+    return words + (owner->fShift ? fReleased >> owner->fShift : fReleased / owner->fBlockSize) / 32;
+  };
+  bool movesCursor = false;
+  TuInt32* word = nullptr;
+  if (fCount + 1 == fCapacity && ~*nearRelease()) // the only free one: a page that is used up and released from
+    word = nearRelease();
+  else if (word = firstWithRoom(cursor, end); word != end)
+    movesCursor = true;
+  else
   {
-    word = words + (fReleased >> owner->fShift) / 32;
-    if (isFull(*word))
-      word = words + count;
-  }
-  if (word == words + count)
-  {
-    word = std::find_if_not(words, words + cursor, isFull);
-    if (word == words + cursor)
+    fMark = fCapacity;                    // no need to look there again
+    if (owner->fShift && ~*nearRelease()) // for other sizes the division costs as much as a search that is short
+      word = nearRelease();
+    else if (word = firstWithRoom(words, cursor); word != cursor)
+      movesCursor = true;
+    else
       return nullptr;
   }
   const unsigned bit = unsigned(std::countr_one(*word));
   *word |= TuInt32(1) << bit;
   *index = long(word - words) * 32 + long(bit);
+  if (movesCursor) // to where further ones are likely
+    fMark = TuInt32(*index) + 1;
   return base() + std::size_t(*index) * owner->fBlockSize;
 }
 

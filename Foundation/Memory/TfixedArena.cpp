@@ -64,7 +64,7 @@ long TfixedArena::checkConsistency() const
     for (char* slot = page->at(sizeof(Tpage)); slot < end; slot += stride, ++touched)
       faults += getPage(slot + kSlotHeader) != page;
     faults += page->fCount > touched;
-    released += touched - std::min(page->fCount, touched);
+    released += touched - std::min<unsigned>(page->fCount, touched);
     pages.emplace_back(page, touched);
   }
   std::sort(pages.begin(), pages.end());

@@ -19,26 +19,36 @@ constexpr unsigned kMostPayload = 0x7FFFFFF8;
 
 struct [[gnu::may_alias]] TvariantArena::Tfree : Tvariant
 {
-  TuInt64 fLinks; // address of the block before << 16, and the high half of the next one's
-  // Where a class has blocks of several sizes:
-  TuInt64 fStamp;
-  Tfree* fNextChain; // of the first block of a chain
+  TuInt32 fPrevLow;
+  TuInt16 fNextHigh;
+  TuInt16 fPrevHigh;
+  TuInt64 fStamp; // from kExactClasses on
+  // Where a class has several chains, the first block of one links to those of the others.
+  Tfree* fNextChain;
   Tfree* fPrevChain;
 
   unsigned payload() const noexcept { return Tpoison::peek(fSize) >> 1; }
   bool isFree() const noexcept { return Tpoison::peek(fSize) & 1; }
   TuInt64 stamp() const noexcept { return Tpoison::peek(fStamp); }
-  Tfree* next() const noexcept
+  Tfree* nextChain() const noexcept { return Tpoison::peek(fNextChain); }
+  Tfree* next() const noexcept { return join(Tpoison::peek(fNextHigh), Tpoison::peek(fNextLow)); }
+  Tfree* prev() const noexcept { return join(Tpoison::peek(fPrevHigh), Tpoison::peek(fPrevLow)); }
+  // These only write: nobody waits for a block that is in no cache.
+  void setNext(const Tfree* to) noexcept
   {
-    const TuInt64 high = Tpoison::peek(fLinks) & 0xFFFF;
-    return reinterpret_cast<Tfree*>(std::uintptr_t(high << 32 | Tpoison::peek(fNextLow)));
+    Tpoison::poke(fNextLow, TuInt32(reinterpret_cast<std::uintptr_t>(to)));
+    Tpoison::poke(fNextHigh, TuInt16(TuInt64(reinterpret_cast<std::uintptr_t>(to)) >> 32));
   }
-  Tfree* prev() const noexcept { return reinterpret_cast<Tfree*>(std::uintptr_t(Tpoison::peek(fLinks) >> 16)); }
-  void setLinks(const Tfree* before, const Tfree* after) noexcept
+  void setPrev(const Tfree* to) noexcept
   {
-    const TuInt64 address = reinterpret_cast<std::uintptr_t>(after);
-    Tpoison::poke(fNextLow, TuInt32(address));
-    Tpoison::poke(fLinks, TuInt64(reinterpret_cast<std::uintptr_t>(before)) << 16 | address >> 32);
+    Tpoison::poke(fPrevLow, TuInt32(reinterpret_cast<std::uintptr_t>(to)));
+    Tpoison::poke(fPrevHigh, TuInt16(TuInt64(reinterpret_cast<std::uintptr_t>(to)) >> 32));
+  }
+
+private:
+  static Tfree* join(TuInt64 high, TuInt32 low) noexcept
+  {
+    return reinterpret_cast<Tfree*>(std::uintptr_t(high << 32 | low));
   }
 };
 
@@ -108,32 +118,29 @@ void TvariantArena::push(Tvariant* added) noexcept
   const unsigned payload = block->payload();
   const unsigned index = classOf(payload);
   Tfree* chain = fHeads[index];
+  Tfree* prevChain = nullptr;
   if (index >= kExactClasses)
   {
-    Tfree* prev = nullptr;
+    fLatest[index] = ++fStamp;
+    Tpoison::poke(block->fStamp, fStamp);
+  }
+  if (index >= kSingleClasses)
+  {
     while (chain && chain->payload() != payload)
     {
-      prev = chain;
-      chain = Tpoison::peek(chain->fNextChain);
+      prevChain = chain;
+      chain = chain->nextChain();
     }
     // The block takes the place of the first one in its chain, or founds a chain at the end.
-    Tfree* next = chain ? Tpoison::peek(chain->fNextChain) : nullptr;
-    Tpoison::poke(block->fStamp, ++fStamp);
-    Tpoison::poke(block->fPrevChain, prev);
-    Tpoison::poke(block->fNextChain, next);
-    if (next)
-      Tpoison::poke(next->fPrevChain, block);
-    if (prev)
-      Tpoison::poke(prev->fNextChain, block);
-    else
-      fHeads[index] = block;
+    linkChain(index, prevChain, block, chain ? chain->nextChain() : nullptr);
   }
   else
     fHeads[index] = block;
   fUsed[index / 64] |= TuInt64(1) << index % 64;
-  block->setLinks(nullptr, chain);
+  block->setPrev(nullptr);
+  block->setNext(chain);
   if (chain)
-    chain->setLinks(block, chain->next());
+    chain->setPrev(block);
 }
 
 void TvariantArena::unlink(Tvariant* removed) noexcept
@@ -142,36 +149,56 @@ void TvariantArena::unlink(Tvariant* removed) noexcept
   Tfree* prev = block->prev();
   Tfree* next = block->next();
   if (next)
-    next->setLinks(prev, next->next());
+    next->setPrev(prev);
   if (prev)
   {
-    prev->setLinks(prev->prev(), next);
+    prev->setNext(next);
     return;
   }
   const unsigned index = classOf(block->payload());
-  Tfree* first = next;
-  if (index >= kExactClasses)
+  if (index >= kSingleClasses)
   {
     Tfree* prevChain = Tpoison::peek(block->fPrevChain);
-    Tfree* nextChain = Tpoison::peek(block->fNextChain);
+    Tfree* nextChain = block->nextChain();
     if (next)
-    {
-      Tpoison::poke(next->fPrevChain, prevChain);
-      Tpoison::poke(next->fNextChain, nextChain);
-    }
+      linkChain(index, prevChain, next, nextChain);
     else
-      first = nextChain;
-    if (nextChain)
-      Tpoison::poke(nextChain->fPrevChain, next ? next : prevChain);
-    if (prevChain)
     {
-      Tpoison::poke(prevChain->fNextChain, first);
-      return;
+      if (prevChain)
+        Tpoison::poke(prevChain->fNextChain, nextChain);
+      else
+        fHeads[index] = nextChain;
+      if (nextChain)
+        Tpoison::poke(nextChain->fPrevChain, prevChain);
+    }
+    if (fLatest[index] == block->stamp())
+    {
+      fLatest[index] = 0;
+      for (Tfree* chain = fHeads[index]; chain; chain = chain->nextChain())
+        fLatest[index] = std::max(fLatest[index], chain->stamp());
     }
   }
-  fHeads[index] = first;
-  if (!first)
+  else
+  {
+    fHeads[index] = next;
+    if (index >= kExactClasses && next)
+      fLatest[index] = next->stamp();
+  }
+  if (!fHeads[index])
     fUsed[index / 64] &= ~(TuInt64(1) << index % 64);
+}
+
+// Puts the first block of a chain between those of two others.
+void TvariantArena::linkChain(unsigned int index, Tfree* prev, Tfree* block, Tfree* next) noexcept
+{
+  Tpoison::poke(block->fPrevChain, prev);
+  Tpoison::poke(block->fNextChain, next);
+  if (next)
+    Tpoison::poke(next->fPrevChain, block);
+  if (prev)
+    Tpoison::poke(prev->fNextChain, block);
+  else
+    fHeads[index] = block;
 }
 
 // The first block of the first list that has one with this payload.
@@ -186,14 +213,35 @@ TvariantArena::Tfree* TvariantArena::find(unsigned int payload, unsigned int lim
       return nullptr;
     const unsigned first = index - (index - kExactClasses) % kClassesPerList;
     const unsigned end = first + kClassesPerList;
+    // The latest of this class that fits, then the larger classes, in which all do.
     Tfree* latest = nullptr;
+    TuInt64 stamp = 0;
+    if (index == own)
+    {
+      for (Tfree* chain = fHeads[index]; chain; chain = index < kSingleClasses ? nullptr : chain->nextChain())
+      {
+        if (chain->payload() >= payload && chain->stamp() > stamp)
+        {
+          latest = chain;
+          stamp = chain->stamp();
+        }
+      }
+      index = nextUsedClass(index + 1);
+    }
+    unsigned best = kClasses;
     for (; index < end; index = nextUsedClass(index + 1))
     {
-      for (Tfree* chain = fHeads[index]; chain; chain = Tpoison::peek(chain->fNextChain))
+      if (fLatest[index] > stamp)
       {
-        if (chain->payload() >= payload && (!latest || chain->stamp() > latest->stamp()))
-          latest = chain;
+        best = index;
+        stamp = fLatest[index];
       }
+    }
+    if (best < kClasses)
+    {
+      latest = fHeads[best];
+      while (best >= kSingleClasses && latest->stamp() != stamp)
+        latest = latest->nextChain();
     }
     if (latest && (first > own || limit == kNoLimit || isWithin(fHeads + first, latest->stamp(), limit)))
       return latest;
@@ -203,11 +251,12 @@ TvariantArena::Tfree* TvariantArena::find(unsigned int payload, unsigned int lim
 
 // Whether a search from the head of the list whose classes begin at `heads` looks at no more than `limit` blocks before
 // it comes to one with this stamp.
-bool TvariantArena::isWithin(Tfree* const* heads, TuInt64 stamp, unsigned int limit) noexcept
+bool TvariantArena::isWithin(Tfree* const* heads, TuInt64 stamp, unsigned int limit) const noexcept
 {
   for (unsigned i = 0; i < kClassesPerList; ++i)
   {
-    for (Tfree* chain = heads[i]; chain; chain = Tpoison::peek(chain->fNextChain))
+    const bool isSingle = heads + i < fHeads + kSingleClasses;
+    for (Tfree* chain = heads[i]; chain; chain = isSingle ? nullptr : chain->nextChain())
     {
       for (Tfree* block = chain; block && block->stamp() >= stamp; block = block->next())
       {
@@ -404,9 +453,14 @@ unsigned int TvariantArena::deallocateHeader(void* payload, Tpage* page) noexcep
   if (word & 1)
     return 0;
   const unsigned freed = word >> 1;
-  unsigned whole = freed;
-  Tpoison::poison(payload, freed);
+  const unsigned before = Tpoison::peek(block->fPrevSize);
+  Tvariant* prev = before ? reinterpret_cast<Tvariant*>(reinterpret_cast<char*>(block) - before) - 1 : nullptr;
   Tvariant* next = following(page, block);
+  // In random order neither is in a cache: rather wait for both at once.
+  __builtin_prefetch(prev);
+  __builtin_prefetch(next);
+  Tpoison::poison(payload, freed);
+  unsigned whole = freed;
   if (next && Tpoison::peek(next->fSize) & 1)
   {
     arena->unlink(next);
@@ -414,17 +468,13 @@ unsigned int TvariantArena::deallocateHeader(void* payload, Tpage* page) noexcep
     if (!following(page, next))
       page->fMark = TuInt32(reinterpret_cast<char*>(block) - page->at(0));
   }
-  if (const unsigned before = Tpoison::peek(block->fPrevSize))
+  if (prev && Tpoison::peek(prev->fSize) & 1)
   {
-    Tvariant* prev = reinterpret_cast<Tvariant*>(reinterpret_cast<char*>(block) - before) - 1;
-    if (Tpoison::peek(prev->fSize) & 1)
-    {
-      arena->unlink(prev);
-      whole += kHeader + before;
-      if (page->at(page->fMark) == reinterpret_cast<char*>(block))
-        page->fMark = TuInt32(reinterpret_cast<char*>(prev) - page->at(0));
-      block = prev;
-    }
+    arena->unlink(prev);
+    whole += kHeader + before;
+    if (page->at(page->fMark) == reinterpret_cast<char*>(block))
+      page->fMark = TuInt32(reinterpret_cast<char*>(prev) - page->at(0));
+    block = prev;
   }
   arena->setPayload(page, block, whole, true);
   arena->fAllocatedMemory -= freed;
@@ -554,6 +604,7 @@ long TvariantArena::checkConsistency() const
   {
     faults += (fUsed[index / 64] >> index % 64 & 1) != (fHeads[index] ? 1 : 0);
     const Tfree* prevChain = nullptr;
+    TuInt64 latest = 0;
     for (const Tfree* chain = fHeads[index]; chain;)
     {
       const Tfree* prev = nullptr;
@@ -564,12 +615,14 @@ long TvariantArena::checkConsistency() const
           return faults + 1;
         faults += index >= kExactClasses && prev && prev->stamp() <= block->stamp();
       }
-      if (index < kExactClasses)
+      latest = std::max(latest, chain->stamp());
+      if (index < kSingleClasses)
         break;
       faults += Tpoison::peek(chain->fPrevChain) != prevChain;
       prevChain = chain;
-      chain = Tpoison::peek(chain->fNextChain);
+      chain = chain->nextChain();
     }
+    faults += index >= kExactClasses && fHeads[index] && latest != fLatest[index];
   }
   return faults + (listed != free);
 }
@@ -579,9 +632,9 @@ void TvariantArena::debug(std::ostream& out) const
   out << allocatedMemory() << " bytes in use, pages of " << fVariantPageSize << "; ";
   TbaseArena::debug(out);
   std::size_t lengths[128] = {};
-  for (const Tfree* head : fHeads)
+  for (unsigned index = 0; index < kClasses; ++index)
   {
-    for (const Tfree* chain = head; chain; chain = chain->payload() < 144 ? nullptr : Tpoison::peek(chain->fNextChain))
+    for (const Tfree* chain = fHeads[index]; chain; chain = index < kSingleClasses ? nullptr : chain->nextChain())
     {
       for (const Tfree* block = chain; block; block = block->next())
         ++lengths[freeListIndex(block->payload())];

@@ -99,7 +99,7 @@ private:
   friend class TheapArena;
 
   // Bytes 4 to 7 and the first 8 of the payload hold a free block's links, 48 bits each: to the next block, and to the
-  // one before, which is null for the first of a list.
+  // one before, which is null for the first of a chain.
   struct [[gnu::may_alias]] Tvariant
   {
     TuInt32 fPrevSize; // payload of the block before; 0 for the first of a page
@@ -110,10 +110,12 @@ private:
   struct Tfree;
 
   // Lists from 22 on are split in 16 classes each, by size. Within a class there is a chain of blocks per size, latest
-  // first, and the first blocks of the chains are linked; stamps tell which block of a list is the latest. Blocks of
-  // that size have the room. So the first fit in a list is found without a look at those that do not fit.
+  // first; from 512 bytes on that can be several, whose first blocks are linked. Stamps tell which block of a list is
+  // the latest. Blocks of that size have the room. So the first fit in a list is found without a look at those that do
+  // not fit, and, since the arena keeps the latest stamp of each class, mostly without a look at any other block.
   static constexpr unsigned int kExactClasses = 18;
   static constexpr unsigned int kClassesPerList = 16;
+  static constexpr unsigned int kSingleClasses = kExactClasses + 4 * kClassesPerList; // below: of one size
   static constexpr unsigned int kBands = 24; // of two lists each, from 144 and 192 bytes to 1.5 GB
   static constexpr unsigned int kClasses = kExactClasses + kBands * 2 * kClassesPerList;
 
@@ -122,7 +124,8 @@ private:
   void push(Tvariant* block) noexcept;
   void unlink(Tvariant* block) noexcept;
   Tfree* find(unsigned int payload, unsigned int limit) const noexcept;
-  static bool isWithin(Tfree* const* heads, TuInt64 stamp, unsigned int limit) noexcept;
+  bool isWithin(Tfree* const* heads, TuInt64 stamp, unsigned int limit) const noexcept;
+  void linkChain(unsigned int index, Tfree* prev, Tfree* block, Tfree* next) noexcept;
 
   void* allocateWithin(unsigned int bytes, unsigned int limit);
   Tvariant* allocateVariantPage(unsigned int payload);
@@ -145,4 +148,5 @@ private:
   TuInt64 fStamp = 0;      // of the block that was released last
   TuInt64 fUsed[(kClasses + 63) / 64] = {};
   Tfree* fHeads[kClasses] = {};
+  TuInt64 fLatest[kClasses] = {}; // stamp of a class that is used, from kExactClasses on
 };
