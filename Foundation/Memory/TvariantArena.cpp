@@ -14,6 +14,7 @@ namespace {
 constexpr unsigned kHeader = 16;
 constexpr unsigned kLeastRest = 40; // what is cut off a block: a header and a useful payload
 constexpr unsigned kMostPayload = 0x7FFFFFF8;
+constexpr unsigned kBefore = 0, kBehind = 1; // of fIsFree
 
 } // namespace
 
@@ -275,12 +276,21 @@ TvariantArena::Tvariant* TvariantArena::following(Tpage* page, Tvariant* block) 
   return reinterpret_cast<Tvariant*>(reinterpret_cast<char*>(block + 1) + (Tpoison::peek(block->fSize) >> 1));
 }
 
-// Sets a block's size, and tells what follows.
-void TvariantArena::setPayload(Tpage* page, Tvariant* block, unsigned int payload, bool free) noexcept
+TvariantArena::Tvariant* TvariantArena::before(Tvariant* block) noexcept
 {
-  Tpoison::poke(block->fSize, TuInt32(payload << 1 | TuInt32(free)));
+  const TuInt32 size = Tpoison::peek(block->fPrevSize);
+  return size ? reinterpret_cast<Tvariant*>(reinterpret_cast<char*>(block) - size) - 1 : nullptr;
+}
+
+// Tells the block behind a free one, or one in use, which must be in use itself. It only writes there.
+void TvariantArena::tellFollowing(Tpage* page, Tvariant* block) noexcept
+{
   if (Tvariant* next = following(page, block))
-    Tpoison::poke(next->fPrevSize, TuInt32(payload));
+  {
+    const TuInt32 word = Tpoison::peek(block->fSize);
+    Tpoison::poke(next->fPrevSize, word >> 1);
+    Tpoison::poke(next->fIsFree[kBefore], TuInt8(word & 1));
+  }
 }
 
 void* TvariantArena::allocate(unsigned int bytes, unsigned int count, unsigned int fitSearchLimit)
@@ -317,6 +327,9 @@ void* TvariantArena::allocateWithin(unsigned int bytes, unsigned int limit)
   }
   Tpage* page = reinterpret_cast<Tpage*>(reinterpret_cast<char*>(block + 1) - Tpoison::peek(block->fDistance));
   unlink(block);
+  Tpoison::poke(block->fIsFree[kBefore], TuInt8(0)); // free blocks have no free neighbours
+  if (Tvariant* prev = before(block))
+    Tpoison::poke(prev->fIsFree[kBehind], TuInt8(0));
   use(page, block, payload);
   ++page->fCount;
   return block + 1;
@@ -362,24 +375,26 @@ void TvariantArena::use(Tpage* page, Tvariant* block, unsigned int payload) noex
   fRover = page;
   if (whole - payload >= kLeastRest)
   {
-    Tvariant* next = following(page, block);
+    const bool isLast = !following(page, block);
     char* rest = reinterpret_cast<char*>(block + 1) + payload;
     Tvariant* remainder = reinterpret_cast<Tvariant*>(rest);
-    const unsigned left = whole - payload - kHeader;
     Tpoison::poke(remainder->fPrevSize, TuInt32(payload));
-    Tpoison::poke(remainder->fSize, TuInt32(left << 1 | 1));
+    Tpoison::poke(remainder->fSize, TuInt32((whole - payload - kHeader) << 1 | 1));
     Tpoison::poke(remainder->fDistance, TuInt32(Tpoison::peek(block->fDistance) + payload + kHeader));
-    if (next)
-      Tpoison::poke(next->fPrevSize, TuInt32(left));
-    else
+    if (isLast)
       page->fMark = TuInt32(rest - page->at(0));
+    else
+      tellFollowing(page, remainder);
     Tpoison::poke(block->fSize, TuInt32(payload << 1));
+    Tpoison::poke(block->fIsFree[kBehind], TuInt8(1));
     push(remainder);
   }
   else
   {
-    Tpoison::poke(block->fSize, TuInt32(whole << 1));
     payload = whole;
+    Tpoison::poke(block->fSize, TuInt32(payload << 1));
+    Tpoison::poke(block->fIsFree[kBehind], TuInt8(0));
+    tellFollowing(page, block);
     if (page->at(page->fMark) == reinterpret_cast<char*>(block))
       fRover = nullptr;
   }
@@ -402,11 +417,13 @@ void* TvariantArena::reallocate(void* old, unsigned int bytes)
   const unsigned had = sizeOfBlock(old);
   if (Tpage* page = getHeader(old))
   {
+    if (payload <= had && had - payload < kLeastRest)
+      return old;
     Tvariant* block = static_cast<Tvariant*>(old) - 1;
     unsigned whole = had;
-    Tvariant* next = following(page, block);
-    if (next && Tpoison::peek(next->fSize) & 1 && (payload > had || had - payload >= kLeastRest))
+    if (Tpoison::peek(block->fIsFree[kBehind]))
     {
+      Tvariant* next = following(page, block);
       const unsigned joined = had + kHeader + (Tpoison::peek(next->fSize) >> 1);
       if (joined >= payload)
       {
@@ -420,7 +437,7 @@ void* TvariantArena::reallocate(void* old, unsigned int bytes)
     {
       Tpage* rover = fRover;
       fAllocatedMemory -= had;
-      setPayload(page, block, whole, false);
+      Tpoison::poke(block->fSize, TuInt32(whole << 1));
       Tpoison::poison(old, whole);
       use(page, block, payload);
       fRover = rover; // this was no allocation
@@ -453,30 +470,31 @@ unsigned int TvariantArena::deallocateHeader(void* payload, Tpage* page) noexcep
   if (word & 1)
     return 0;
   const unsigned freed = word >> 1;
-  const unsigned before = Tpoison::peek(block->fPrevSize);
-  Tvariant* prev = before ? reinterpret_cast<Tvariant*>(reinterpret_cast<char*>(block) - before) - 1 : nullptr;
-  Tvariant* next = following(page, block);
-  // In random order neither is in a cache: rather wait for both at once.
-  __builtin_prefetch(prev);
-  __builtin_prefetch(next);
-  Tpoison::poison(payload, freed);
+  const bool joinsPrev = Tpoison::peek(block->fIsFree[kBefore]);
+  const bool joinsNext = Tpoison::peek(block->fIsFree[kBehind]);
+  Tvariant* prev = before(block);
   unsigned whole = freed;
-  if (next && Tpoison::peek(next->fSize) & 1)
+  Tpoison::poison(payload, freed);
+  if (joinsNext)
   {
+    Tvariant* next = following(page, block);
     arena->unlink(next);
     whole += kHeader + (Tpoison::peek(next->fSize) >> 1);
     if (!following(page, next))
       page->fMark = TuInt32(reinterpret_cast<char*>(block) - page->at(0));
   }
-  if (prev && Tpoison::peek(prev->fSize) & 1)
+  if (joinsPrev)
   {
     arena->unlink(prev);
-    whole += kHeader + before;
+    whole += kHeader + (Tpoison::peek(prev->fSize) >> 1);
     if (page->at(page->fMark) == reinterpret_cast<char*>(block))
       page->fMark = TuInt32(reinterpret_cast<char*>(prev) - page->at(0));
     block = prev;
   }
-  arena->setPayload(page, block, whole, true);
+  else if (prev)
+    Tpoison::poke(prev->fIsFree[kBehind], TuInt8(1));
+  Tpoison::poke(block->fSize, TuInt32(whole << 1 | 1));
+  tellFollowing(page, block);
   arena->fAllocatedMemory -= freed;
   if (--page->fCount == 0 && arena->fSavesEmptyPages)
   {
@@ -549,7 +567,7 @@ long TvariantArena::checkPage(Tpage* page, TuInt64& used, TuInt64& free) const
 {
   long faults = 0;
   unsigned prev = 0, count = 0;
-  bool prevFree = false;
+  bool prevFree = false, saidFree = false; // the block before, and what it said of this one
   for (std::size_t at = sizeof(Tpage), next = 0; at != page->fSize; at = next)
   {
     const Tfree* block = reinterpret_cast<Tfree*>(page->at(unsigned(at)));
@@ -559,16 +577,19 @@ long TvariantArena::checkPage(Tpage* page, TuInt64& used, TuInt64& free) const
       return faults + 1; // where the next block begins is unknown
     faults += Tpoison::peek(block->fPrevSize) != prev;
     faults += block->isFree() && prevFree; // not joined
+    faults += at != sizeof(Tpage) && !prevFree && saidFree != block->isFree();
+    faults += !block->isFree() && Tpoison::peek(block->fIsFree[kBefore]) != TuInt8(prevFree);
     faults += (next == page->fSize) != (at == page->fMark);
     prev = unsigned(payload);
     prevFree = block->isFree();
+    saidFree = !prevFree && Tpoison::peek(block->fIsFree[kBehind]);
     count += !prevFree;
     used += prevFree ? 0 : payload;
     free += prevFree;
     if (page->fSize - next < kHeader + 8 && next != page->fSize)
       return faults + 1;
   }
-  return faults + (count != page->fCount);
+  return faults + (count != page->fCount) + saidFree;
 }
 
 long TvariantArena::checkConsistency() const

@@ -103,7 +103,11 @@ private:
   struct [[gnu::may_alias]] Tvariant
   {
     TuInt32 fPrevSize; // payload of the block before; 0 for the first of a page
-    TuInt32 fNextLow;
+    union
+    {
+      TuInt32 fNextLow;  // of a free block
+      TuInt8 fIsFree[2]; // of one in use: whether the block before and the one behind are free
+    };
     TuInt32 fSize;     // of the payload << 1, and 1 when free
     TuInt32 fDistance; // from the page to the payload
   };
@@ -132,8 +136,9 @@ private:
   Tvariant* allocateVariantPageForBlock(unsigned int payload);
   Tvariant* openPage(TuInt64 size, unsigned int payload);
   void use(Tpage* page, Tvariant* block, unsigned int payload) noexcept;
-  void setPayload(Tpage* page, Tvariant* block, unsigned int payload, bool free) noexcept;
+  static Tvariant* before(Tvariant* block) noexcept;
   static Tvariant* following(Tpage* page, Tvariant* block) noexcept;
+  static void tellFollowing(Tpage* page, Tvariant* block) noexcept;
   static unsigned int deallocateHeader(void* block, Tpage* page) noexcept;
   void forgetPurified(void* block) noexcept;
   void savePage(Tpage* page) noexcept;

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "Foundation/Memory/Tallocator.h"
-#include "Foundation/Memory/TbaseArena.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -65,14 +65,10 @@ struct Filled
   unsigned size;
   unsigned char pattern;
 
-  void fill() { std::memset(start, pattern, size); }
-  bool holds() const
+  const Filled& fill() const
   {
-    for (unsigned i = 0; i < size; ++i)
-    {
-      if (start[i] != pattern)
-        return false;
-    }
-    return true;
+    std::fill_n(start, size, pattern);
+    return *this;
   }
+  bool holds() const { return std::count(start, start + size, pattern) == std::ptrdiff_t(size); }
 };
