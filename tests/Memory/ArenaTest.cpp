@@ -44,6 +44,8 @@ TEST(Arena, FixedTakesSlotsInOrderThenReleasedOnesThenAPage)
   for (int i = 0; i < 7; ++i)
     EXPECT_NE(arena.allocate(), nullptr);
   EXPECT_EQ(arena.checkConsistency(), 0);
+  reinterpret_cast<TuInt32*>(arena.firstPage())[6] += 1; // the count
+  EXPECT_GT(arena.checkConsistency(), 0);
   arena.reset();
   for (int i = 0; i < 10; ++i)
     EXPECT_NE(arena.allocate(), nullptr);
@@ -125,6 +127,8 @@ TEST(Arena, CompactTakesTheCursorThenSearches)
     EXPECT_EQ(pages.fHeld.size(), 2U);
     EXPECT_EQ(arena.footPrint(), 2 * request);
     EXPECT_FALSE(arena.deallocate(blocks[0]));
+    reinterpret_cast<TuInt32*>(arena.firstPage())[6] ^= 1; // the count
+    EXPECT_GT(arena.checkConsistency(), 0);
     arena.reset();
     EXPECT_EQ(arena.checkConsistency(), 0);
     EXPECT_TRUE(arena.preAllocate(201));
