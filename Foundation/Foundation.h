@@ -7,6 +7,7 @@
 #include "Foundation/Container/NumberArrays.h"
 #include "Foundation/Container/PtrArrays.h"
 #include "Foundation/Container/SortedArrays.h"
+#include "Foundation/Container/StringArrays.h"
 #include "Foundation/Container/Tarray.h"
 #include "Foundation/Container/TobjArray.h"
 #include "Foundation/Container/TsortedArray.h"

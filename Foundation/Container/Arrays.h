@@ -1,8 +1,8 @@
 /// \file
 /// The members of the array family, declared but not defined, for headers that only name them.
 ///
-/// NumberArrays.h, PtrArrays.h and SortedArrays.h define them; a member whose element is a class of the library is
-/// defined beside that class.
+/// NumberArrays.h, PtrArrays.h, SortedArrays.h and StringArrays.h define them; a member whose element is a class of
+/// another folder is defined beside that class.
 
 #pragma once
 
@@ -38,6 +38,8 @@ class TportCoordArray;
 class TsecondsArrayPtrArray;
 class TsecondsSortedArray;
 class Tsize_tArray;
+class TsortedStringArray;
+class TstringArray;
 class TstringPtrArray;
 class TtimeValueArrayPtrArray;
 class TtimeValuePtrArray;

@@ -26,24 +26,15 @@ public:
 
   bool allowsDuplicates() const noexcept { return fAllowDuplicates; }
 
-  /// Elements are assigned; whether duplicates are allowed stays.
-  TsortedArray& operator=(const TsortedArray& other) = delete;
-
 protected:
   TsortedArray(const TsortedArray& other) = default;
   TsortedArray(TsortedArray&& other) noexcept = default;
 
 private:
-  bool fAllowDuplicates; // fixed
+  const bool fAllowDuplicates;
 };
 
-/// The order of sorted arrays: `<`. Specialise it for a class that is ordered otherwise.
-template <class X>
-struct TarrayOrder : std::less<X>
-{
-};
-
-/// A sorted array of \p X.
+/// A sorted array of \p X, in the order of std::less.
 ///
 /// \code
 ///   TdoubleSortedArray times(false, 16);
@@ -63,6 +54,16 @@ public:
   explicit TtypedSortedArray(bool allowDuplicates, unsigned int sizeIncrement = 4)
     : Base(unsigned(sizeof(X)), allowDuplicates, sizeIncrement)
   {
+  }
+
+  TtypedSortedArray(const TtypedSortedArray& other) = default;
+  TtypedSortedArray(TtypedSortedArray&& other) noexcept = default;
+
+  /// As copy(); whether duplicates are allowed stays.
+  TtypedSortedArray& operator=(const TtypedSortedArray& other)
+  {
+    copy(other);
+    return *this;
   }
 
   /// Inserts \p value at its place, before elements equal to it. Returns -1 where that would be a forbidden duplicate.
@@ -121,7 +122,7 @@ public:
   {
     const unsigned int at = placeOf(value);
     const X* const begin = this->begin();
-    const X* const behind = std::upper_bound(begin + at, this->end(), value, TarrayOrder<X>());
+    const X* const behind = std::upper_bound(begin + at, this->end(), value, std::less<X>());
     const bool found = behind != begin + at;
     first = at;
     last = found ? unsigned(behind - begin) - 1 : at;
@@ -139,10 +140,11 @@ public:
   /// room is left otherwise.
   long copy(const TtypedSortedArray& array)
   {
-    this->copyElements(0, array.fData, array.fLength);
+    if (this != &array)
+      this->copyElements(0, array.fData, array.fLength);
     if (!this->allowsDuplicates() && array.allowsDuplicates())
     {
-      const auto equal = [](const X& one, const X& other) { return !TarrayOrder<X>()(one, other); };
+      const auto equal = [](const X& one, const X& other) { return !std::less<X>()(one, other); };
       this->removeLast(unsigned(this->end() - std::unique(this->begin(), this->end(), equal)));
     }
     return 0;
@@ -151,7 +153,7 @@ public:
   /// Puts the elements in order. Equal ones keep theirs, and stay.
   long sort()
   {
-    std::stable_sort(this->begin(), this->end(), TarrayOrder<X>());
+    std::stable_sort(this->begin(), this->end(), std::less<X>());
     return 0;
   }
 
@@ -159,7 +161,7 @@ public:
   bool validate() const
   {
     const auto disordered = [this](const X& one, const X& next) {
-      return this->allowsDuplicates() ? TarrayOrder<X>()(next, one) : !TarrayOrder<X>()(one, next);
+      return this->allowsDuplicates() ? std::less<X>()(next, one) : !std::less<X>()(one, next);
     };
     return Tarray::validate() && std::adjacent_find(this->begin(), this->end(), disordered) == this->end();
   }
@@ -168,7 +170,7 @@ private:
   // The index of the first element that is not less than the value.
   unsigned int placeOf(const X& value) const
   {
-    const TarrayOrder<X> less;
+    const std::less<X> less;
     const X* first = this->data();
     unsigned int count = this->fLength;
     // Values often come in order.
@@ -186,6 +188,6 @@ private:
 
   bool holds(unsigned int index, const X& value) const
   {
-    return index < this->fLength && !TarrayOrder<X>()(value, (*this)[index]);
+    return index < this->fLength && !std::less<X>()(value, (*this)[index]);
   }
 };
