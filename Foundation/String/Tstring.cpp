@@ -338,7 +338,7 @@ void Tstring::vformat(Tstring* result, const char* pattern, va_list arguments) n
   {
     const char* const width = percent + 1 + std::strspn(percent + 1, "-+ #0");
     const char* const precision = width + std::strspn(width, "*0123456789");
-    const char* const size = precision + (*precision == '.') + std::strspn(precision, ".*0123456789");
+    const char* const size = precision + (*precision == '.' ? 1 + std::strspn(precision + 1, "*0123456789") : 0);
     const char* const conversion = size + std::strspn(size, "hljztLI");
     const char* const end = conversion + (*conversion != '\0');
     if (*conversion && std::strchr("eEfFgGaA", *conversion))
