@@ -7,15 +7,24 @@
 #include "Foundation/Platform/Types.h"
 
 #include <algorithm>
+#include <bit>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <iterator>
 #include <utility>
+
+#ifdef __SSE2__
+#  include <emmintrin.h>
+#endif
 
 namespace {
 
 constexpr char kTag[] = "Arrays";
+
+// Up to this size a buffer is copied to another one: realloc() goes past the allocator's lists of small free blocks.
+constexpr unsigned int kCopiedBytes = 1024;
 
 // An empty array has no address to copy from.
 void copyBytes(char* to, const void* from, std::size_t bytes)
@@ -37,28 +46,62 @@ inline void copyElement(char* to, const void* from, unsigned int size)
   }
 }
 
-// The index of the first of \p count words that is the one at \p value, or \p count. Whole blocks are compared without
-// a branch, since a loop that can end at each word is not turned into vector instructions.
+#ifdef __SSE2__
+
+// All bits are set in those of the 16 bytes from \p at on whose word is the one that \p all repeats.
 template <class Word>
-unsigned int findWord(const char* data, unsigned int count, const void* value)
+__m128i equalWords(const char* at, __m128i all)
 {
-  typedef Word Words __attribute__((vector_size(16)));
-  typedef TuInt64 Halves __attribute__((vector_size(16)));
-  constexpr unsigned int kLanes = 16 / sizeof(Word);
-  constexpr unsigned int kBlock = 4 * kLanes;
+  const __m128i words = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+  if constexpr (sizeof(Word) == 1)
+    return _mm_cmpeq_epi8(words, all);
+  else if constexpr (sizeof(Word) == 2)
+    return _mm_cmpeq_epi16(words, all);
+  const __m128i equal = _mm_cmpeq_epi32(words, all);
+  if constexpr (sizeof(Word) == 8) // both halves of which must be equal
+    return _mm_and_si128(equal, _mm_shuffle_epi32(equal, _MM_SHUFFLE(2, 3, 0, 1)));
+  return equal;
+}
+
+// The same for 64 bytes, a bit for each.
+template <class Word>
+TuInt64 equalBytes(const char* at, __m128i all)
+{
+  const __m128i first = equalWords<Word>(at, all), second = equalWords<Word>(at + 16, all);
+  const __m128i third = equalWords<Word>(at + 32, all), fourth = equalWords<Word>(at + 48, all);
+  const __m128i any = _mm_or_si128(_mm_or_si128(first, second), _mm_or_si128(third, fourth));
+  if (_mm_movemask_epi8(any) == 0) [[likely]]
+    return 0;
+  const auto bits = [](__m128i equal) { return TuInt64(_mm_movemask_epi8(equal)); };
+  return bits(first) | bits(second) << 16 | bits(third) << 32 | bits(fourth) << 48;
+}
+
+#endif
+
+// The index of the first of \p count words that is the one at \p value, or \p count. Compilers make no vector
+// instructions of a loop that may end at each word.
+template <class Word>
+unsigned int findWord(const char* data, unsigned int count, const char* value)
+{
   Word wanted;
   std::memcpy(&wanted, value, sizeof wanted);
-  const Words all = wanted - Words{};
   unsigned int i = 0;
-  for (; count - i >= kBlock; i += kBlock)
+#ifdef __SSE2__
+  constexpr unsigned int kBlock = 64 / sizeof(Word);
+  if (count >= kBlock)
   {
-    Words words[4];
-    std::memcpy(words, data + std::size_t(i) * sizeof(Word), sizeof words);
-    const auto equal = (words[0] == all) | (words[1] == all) | (words[2] == all) | (words[3] == all);
-    const Halves halves = reinterpret_cast<Halves>(equal);
-    if ((halves[0] | halves[1]) != 0)
-      break;
+    Word repeated[16 / sizeof(Word)];
+    std::fill(std::begin(repeated), std::end(repeated), wanted);
+    const __m128i all = _mm_loadu_si128(reinterpret_cast<const __m128i*>(repeated));
+    for (const unsigned int last = count - kBlock;; i = std::min(i + kBlock, last))
+    {
+      if (const TuInt64 bits = equalBytes<Word>(data + std::size_t(i) * sizeof(Word), all))
+        return i + unsigned(std::countr_zero(bits)) / unsigned(sizeof(Word));
+      if (i == last) // which reached back to words that were not equal
+        return count;
+    }
   }
+#endif
   for (; i < count; ++i)
   {
     Word word;
@@ -76,6 +119,7 @@ unsigned int findBytes(const char* data, unsigned int count, const char* value, 
   Word wanted;
   std::memcpy(&wanted, value, sizeof wanted);
   unsigned int i = 0;
+#pragma GCC unroll 4
   for (; i < count; ++i, data += size)
   {
     Word word;
@@ -173,21 +217,35 @@ long Tarray::allocateArray(unsigned int size)
 long Tarray::expandArray(unsigned int length)
 {
   if (length > fPhysicalSize)
-    grow(length);
+  {
+    const unsigned int size = grownSize(length);
+    if (!fData)
+      allocateArray(size);
+    else
+    {
+      fData = reallocate(fPhysicalSize * fElementSize, bytesOf(size), fData);
+      fPhysicalSize = size;
+      widenIncrement(length);
+    }
+  }
   fLength = length;
   return 0;
 }
 
-void Tarray::grow(unsigned int length)
+unsigned int Tarray::grownSize(unsigned int length) const
 {
-  const TuInt64 step = std::max(fSizeIncrement, 1U);
-  const TuInt64 steps = step < length ? (length - fPhysicalSize - 1) / step + 1 : 1;
-  const TuInt64 size = fPhysicalSize + steps * step;
+  const unsigned int step = std::max(fSizeIncrement, 1U);
+  const unsigned int missing = length - fPhysicalSize;
+  const TuInt64 size = fPhysicalSize + TuInt64(missing <= step ? 1 : (missing - 1) / step + 1) * step;
   if (size > UINT_MAX)
     throw TmemoryException();
-  const bool widens = fData && step < INT_MAX && step * 4 < length;
-  changePhysicalSizeTo(unsigned(size));
-  fSizeIncrement = unsigned(widens ? 1 + step + step / 4 : step);
+  return unsigned(size);
+}
+
+void Tarray::widenIncrement(unsigned int length) noexcept
+{
+  const unsigned int step = std::max(fSizeIncrement, 1U);
+  fSizeIncrement = step < INT_MAX && TuInt64(step) * 4 < length ? 1 + step + step / 4 : step;
 }
 
 long Tarray::buffer(unsigned int count)
@@ -211,15 +269,6 @@ long Tarray::removeAt(unsigned int index, unsigned int count)
     return objects->removeAt(index, count);
   removeBytes(index, count);
   return 0;
-}
-
-void Tarray::removeBytes(unsigned int index, unsigned int count) noexcept
-{
-  if (index >= fLength)
-    return;
-  count = std::min(count, fLength - index);
-  copyBytes(address(index), address(index + count), address(fLength) - address(index + count));
-  fLength -= count;
 }
 
 long Tarray::setArray(void* data, unsigned int length, unsigned int physicalSize)
@@ -257,16 +306,17 @@ char* Tarray::reallocate(unsigned int oldBytes, unsigned int newBytes, char* buf
 {
   const bool wasMapped = oldBytes >= kMappedBytes, isMapped = newBytes >= kMappedBytes;
   void* moved;
-  if (wasMapped != isMapped)
+  if (wasMapped && isMapped)
+    moved = mmapRealloc(buffer, newBytes, kTag);
+  else if (!wasMapped && !isMapped && newBytes > kCopiedBytes)
+    moved = std::realloc(buffer, newBytes);
+  else
   {
     moved = sAllocateBuffer(newBytes);
-    std::memcpy(moved, buffer, std::min(oldBytes, newBytes));
+    // Not memcpy(), which the compiler would replace by an instruction that is slow to start.
+    std::memmove(moved, buffer, std::min(oldBytes, newBytes));
     sReleaseBuffer(buffer, oldBytes);
   }
-  else if (isMapped)
-    moved = mmapRealloc(buffer, newBytes, kTag);
-  else
-    moved = std::realloc(buffer, std::max(newBytes, 1U));
   if (!moved)
     throw TmemoryException();
   return static_cast<char*>(moved);
@@ -386,10 +436,10 @@ long Tarray::findElement(const void* value, unsigned int& index) const noexcept
   switch (fElementSize)
   {
   case 0: break;
-  case 1: at = findWord<TuInt8>(fData, fLength, value); break;
-  case 2: at = findWord<TuInt16>(fData, fLength, value); break;
-  case 4: at = findWord<TuInt32>(fData, fLength, value); break;
-  case 8: at = findWord<TuInt64>(fData, fLength, value); break;
+  case 1: at = findWord<TuInt8>(fData, fLength, bytes); break;
+  case 2: at = findWord<TuInt16>(fData, fLength, bytes); break;
+  case 4: at = findWord<TuInt32>(fData, fLength, bytes); break;
+  case 8: at = findWord<TuInt64>(fData, fLength, bytes); break;
   default:
     at = fElementSize < 8 ? findBytes<TuInt8>(fData, fLength, bytes, fElementSize)
                           : findBytes<TuInt64>(fData, fLength, bytes, fElementSize);

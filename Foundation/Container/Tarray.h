@@ -12,6 +12,7 @@
 #include "Foundation/Platform/Export.h"
 
 #include <cstddef>
+#include <cstring>
 
 class TfootprintInfo;
 
@@ -139,8 +140,12 @@ protected:
   /// The length plus \p count. Throws TmemoryException when 32 bits do not hold it.
   unsigned int lengthPlus(unsigned int count) const;
 
-  /// Makes room for \p length elements, more than there is room for now, by the steps that expandArray() describes.
-  void grow(unsigned int length);
+  /// The physical size that expandArray() takes for \p length elements, for which there is no room. Throws
+  /// TmemoryException when 32 bits do not hold it.
+  unsigned int grownSize(unsigned int length) const;
+
+  /// What expandArray() does to the step when a buffer has grown for \p length elements.
+  void widenIncrement(unsigned int length) noexcept;
 
   /// Frees the buffer and takes over \p data. No element is looked at.
   void replaceBuffer(char* data, unsigned int length, unsigned int physicalSize) noexcept;
@@ -149,7 +154,15 @@ protected:
   std::ptrdiff_t offsetOf(const void* source) const noexcept;
 
   /// removeAt() for elements that are bytes.
-  void removeBytes(unsigned int index, unsigned int count) noexcept;
+  void removeBytes(unsigned int index, unsigned int count) noexcept
+  {
+    if (index >= fLength)
+      return;
+    const unsigned int tail = count < fLength - index ? fLength - index - count : 0;
+    if (tail != 0)
+      std::memmove(address(index), address(index + count), std::size_t(tail) * fElementSize);
+    fLength = index + tail;
+  }
 
   unsigned int fLength = 0;       // elements in use, at most fPhysicalSize
   unsigned int fPhysicalSize = 0; // elements that the buffer holds

@@ -172,10 +172,19 @@ long TobjArray::allocateArray(unsigned int size)
   return Tarray::allocateArray(size);
 }
 
+void TobjArray::makeRoom(unsigned int length)
+{
+  if (length <= fPhysicalSize)
+    return;
+  const bool widens = fData != nullptr;
+  changePhysicalSizeTo(grownSize(length));
+  if (widens)
+    widenIncrement(length);
+}
+
 long TobjArray::expandArray(unsigned int length)
 {
-  if (length > fPhysicalSize)
-    grow(length);
+  makeRoom(length);
   if (length > fLength)
     construct(fLength, length - fLength);
   else if (length < fLength)
@@ -203,8 +212,7 @@ long TobjArray::insertElement(const void* source, unsigned int index, unsigned i
   if (count == 0)
     return 0;
   const std::ptrdiff_t offset = offsetOf(source);
-  if (length > fPhysicalSize)
-    grow(length);
+  makeRoom(length);
   index = std::min(index, fLength);
   const unsigned int tail = fLength - index;
   if (tail != 0)

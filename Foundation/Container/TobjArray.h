@@ -69,5 +69,7 @@ protected:
   char* copyOfElements() const;
 
 private:
+  void makeRoom(unsigned int length);
+
   bool fMovesBitwise; // fixed
 };

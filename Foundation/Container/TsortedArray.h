@@ -176,11 +176,11 @@ private:
     // Values often come in order.
     if (count == 0 || less(first[count - 1], value))
       return count;
-    // Where the compiler chooses without a jump, there is none to guess wrong.
+    // Multiplied, since a jump would be guessed wrong half the time.
     while (count > 1)
     {
       const unsigned int half = count / 2;
-      first += less(first[half - 1], value) ? half : 0;
+      first += half * unsigned(less(first[half - 1], value));
       count -= half;
     }
     return unsigned(first - this->data());

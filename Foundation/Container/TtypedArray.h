@@ -145,10 +145,11 @@ public:
   {
     if constexpr (kBytes && !std::is_array_v<X>)
     {
-      if (this->fLength < this->fPhysicalSize)
+      const unsigned int length = this->fLength;
+      if (length < this->fPhysicalSize)
       {
-        ::new (static_cast<void*>(this->data() + this->fLength)) X(value);
-        ++this->fLength;
+        ::new (static_cast<void*>(this->data() + length)) X(value);
+        this->fLength = length + 1; // which the element, for all the compiler knows, might have overwritten
         return 0;
       }
     }
