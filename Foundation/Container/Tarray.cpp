@@ -219,14 +219,15 @@ long Tarray::expandArray(unsigned int length)
   if (length > fPhysicalSize)
   {
     const unsigned int size = grownSize(length);
+    const unsigned int grown = fData ? length : 0; // the first buffer does not widen the step
     if (!fData)
       allocateArray(size);
     else
     {
       fData = reallocate(fPhysicalSize * fElementSize, bytesOf(size), fData);
       fPhysicalSize = size;
-      widenIncrement(length);
     }
+    widenIncrement(grown);
   }
   fLength = length;
   return 0;

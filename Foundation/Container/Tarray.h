@@ -144,7 +144,8 @@ protected:
   /// TmemoryException when 32 bits do not hold it.
   unsigned int grownSize(unsigned int length) const;
 
-  /// What expandArray() does to the step when a buffer has grown for \p length elements.
+  /// What expandArray() does to the step after a buffer has grown for \p length elements: at least 1, and wider if it
+  /// was below a quarter of them.
   void widenIncrement(unsigned int length) noexcept;
 
   /// Frees the buffer and takes over \p data. No element is looked at.

@@ -176,10 +176,9 @@ void TobjArray::makeRoom(unsigned int length)
 {
   if (length <= fPhysicalSize)
     return;
-  const bool widens = fData != nullptr;
+  const unsigned int grown = fData ? length : 0; // the first buffer does not widen the step
   changePhysicalSizeTo(grownSize(length));
-  if (widens)
-    widenIncrement(length);
+  widenIncrement(grown);
 }
 
 long TobjArray::expandArray(unsigned int length)

@@ -4,7 +4,11 @@
 #include "Foundation/Container/StringArrays.h"
 #include "Foundation/Container/Tstack.h"
 #include "Foundation/Debug/Texception.h"
+#include "Foundation/Math/TdoubleRange.h"
+#include "Foundation/Math/TportColor.h"
+#include "Foundation/Math/Trect.h"
 #include "Foundation/Memory/TfootprintInfo.h"
+#include "Foundation/String/TfilePath.h"
 
 #include <algorithm>
 #include <climits>
@@ -170,6 +174,15 @@ TEST(Tarray, growsByStepsThatWiden)
       array.addLast(1.0);
     EXPECT_EQ(array.physicalSize(), figure.size) << figure.length;
     EXPECT_EQ(array.sizeIncrement(), figure.increment) << figure.length;
+  }
+  TstringArray strings(0);
+  TdoubleArray doubles(0);
+  for (int i = 0; i < 200; ++i)
+  {
+    strings.addLast("");
+    doubles.addLast(0.0);
+    ASSERT_EQ(strings.physicalSize(), doubles.physicalSize());
+    ASSERT_EQ(strings.sizeIncrement(), doubles.sizeIncrement());
   }
   TcharArray one(0);
   one.addLast('a');
@@ -349,6 +362,36 @@ TEST(Tarray, reportsItsFootprint)
   std::ostringstream text;
   text << info;
   EXPECT_NE(text.str().find("64  doubles\n"), std::string::npos);
+}
+
+TEST(Tarray, holdsSmallValues)
+{
+  std::ostringstream text;
+  const auto holds = [&text](auto array, auto one, auto other) {
+    array.addLast(one);
+    array.addLast(other);
+    text << array[0] << ' ' << array[1] << ", ";
+    return array.validate() && array.find(other) == 0 && array.remove(one) == 0 && array[0] == other && one != other;
+  };
+  EXPECT_TRUE(holds(TarrayTrect(), Trect(0, 0, 8, 8).intersection({4, 5, 9, 9}), Trect().unionWith({1, 2, 3, 4})));
+  EXPECT_TRUE(holds(TlineArray(), Tline(), Tline(5, 1, 2, 3)));
+  EXPECT_TRUE(holds(TportColorArray(), TportColor(), TportColor(1, 2, 3, 4)));
+  EXPECT_TRUE(holds(TdoubleRangeArray(), TdoubleRange(), TdoubleRange(1, 4).intersection({2, 5})));
+  EXPECT_TRUE(holds(TscaleArray(), Tscale(), Tscale(2) * Tscale(1, 2, 3)));
+  EXPECT_TRUE(holds(TresIdArray(), TresId(), TresId(7)));
+  EXPECT_TRUE(holds(TfilePathArray(), TfilePath("a/") / "b.c", TfilePath("a") / "/d"));
+  EXPECT_EQ(text.str(), "[4 5 8 8] [1 2 3 4], [0 0 - 0 0] [5 1 - 2 3], [0 0 0 255] [1 2 3 4], [] [2 4], "
+                        "[1 1 1] [2 4 6], 0 7, a/b.c /d, ");
+  EXPECT_EQ(Tline(5, 1, 2, 32767).bounds(), Trect(2, 1, 6, 32767));
+  EXPECT_TRUE(Trect(1, 1, 3, 3).contains(2, 1) && !Trect(1, 1, 3, 3).contains(3, 1));
+  EXPECT_TRUE(Trect(0, 0, 2, 2).intersection({2, 0, 4, 4}).isEmpty());
+  TdoubleRange range;
+  for (const double value : {3.0, double(NAN), -1.0})
+    range.extend(value);
+  EXPECT_EQ(range, TdoubleRange(-1, 3));
+  EXPECT_EQ(range.clamp(7), 3);
+  EXPECT_EQ(TfilePath("a.b/c").extension(), "");
+  EXPECT_EQ(TfilePath("a.b/c.d").directory(), TfilePath("a.b"));
 }
 
 TEST(Tstack, givesBackInReverse)
