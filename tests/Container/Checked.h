@@ -3,14 +3,15 @@
 
 #pragma once
 
-#include "Foundation/Container/Arrays.h"
+#include "Foundation/Debug/Texception.h"
 #include "Foundation/String/Tstring.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstring>
 #include <random>
+#include <stdexcept>
+#include <utility>
 #include <vector>
 
 using Bytes3 = std::array<unsigned char, 3>;
@@ -21,46 +22,33 @@ using Quad32 = std::array<double, 4>;
 class Counted
 {
 public:
-  Counted(int value = 0)
-    : fValue(value)
-  {
-    ++gAlive;
-  }
+  Counted(int value = 0) { make(value); }
+  Counted(Counted&& other) noexcept { make(other.value()); }
   Counted(const Counted& other)
-    : fValue(other.value())
   {
     if (gCopiesLeft >= 0 && gCopiesLeft-- == 0)
-      throw 1;
-    ++gAlive;
+    {
+      gCopiesLeft = -2;
+      throw TmemoryException();
+    }
+    make(other.value());
   }
-  Counted(Counted&& other) noexcept
-    : fValue(other.value())
-  {
-    ++gAlive;
-  }
-  Counted& operator=(const Counted& other)
-  {
-    fValue = other.value();
-    return *this;
-  }
+  Counted& operator=(const Counted& other) { return fValue = other.value(), *this; }
   ~Counted()
   {
-    EXPECT_EQ(fSelf, this);
-    fSelf = nullptr;
+    EXPECT_EQ(std::exchange(fSelf, nullptr), this);
     --gAlive;
   }
-  int value() const
-  {
-    EXPECT_EQ(fSelf, this);
-    return fValue;
-  }
+  int value() const { return fSelf == this ? fValue : throw std::logic_error("moved as bytes"); }
   bool operator==(const Counted& other) const { return value() == other.value(); }
   bool operator<(const Counted& other) const { return value() < other.value(); }
 
   static inline int gAlive = 0;
-  static inline int gCopiesLeft = -1; // until one throws; -1: none does
+  static inline int gCopiesLeft = -1; // until one throws; -1: none does, -2: one did
 
 private:
+  void make(int value) { fValue = value, ++gAlive; }
+
   int fValue;
   Counted* fSelf = this;
 };
@@ -70,10 +58,8 @@ X made(int i)
 {
   if constexpr (std::is_same_v<X, Tstring>)
     return Tstring(std::to_string(i % 50).c_str());
-  else if constexpr (std::is_arithmetic_v<X>)
+  else if constexpr (std::is_arithmetic_v<X> || std::is_same_v<X, Counted>)
     return X(i % 50);
-  else if constexpr (std::is_same_v<X, Counted>)
-    return Counted(i % 50);
   else
   {
     X x{};
