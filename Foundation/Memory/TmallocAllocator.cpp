@@ -19,3 +19,18 @@ void TmallocAllocator::free(void* block, unsigned int)
 {
   std::free(block);
 }
+void* mmapAlloc(unsigned int size, const char*)
+{
+  return std::malloc(size);
+}
+
+void* mmapRealloc(void* block, unsigned int size, const char*)
+{
+  return std::realloc(block, size);
+}
+
+unsigned int mmapFree(void* block)
+{
+  std::free(block);
+  return 0;
+}
