@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "Foundation/Container/ThashTable.h"
+#include "Foundation/Container/TptrHashTable.h"
 #include "Foundation/Debug/Texception.h"
 #include "Foundation/Iff/FL.h"
 #include "Foundation/Memory/Tallocator.h"
