@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Foundation/Container/Tdictionary.h"
 #include "Foundation/Container/ThashTable.h"
 #include "Foundation/Container/TptrHashTable.h"
 #include "Foundation/Debug/Texception.h"
