@@ -9,5 +9,7 @@
 #include "Foundation/Debug/Texception.h"
 #include "Foundation/Iff/FL.h"
 #include "Foundation/Memory/Tallocator.h"
+#include "Foundation/Memory/TmallocAllocator.h"
+#include "Foundation/Memory/TresourceQuery.h"
 #include "Foundation/Platform/Export.h"
 #include "Foundation/Platform/Types.h"

@@ -6,6 +6,7 @@
 #  include <cstdarg>
 #  include <cstdlib>
 #  include <cstring>
+#  include <ctime>
 #  include <fcntl.h>
 #  include <sys/mman.h>
 #  include <sys/syscall.h>
@@ -13,6 +14,7 @@
 
 bool (*gRefusesMemory)() = nullptr;
 const char* gMemoryInformation = nullptr;
+int gSecondsAhead = 0;
 
 namespace {
 
@@ -64,6 +66,13 @@ void* mmap(void* address, size_t size, int protection, int flags, int descriptor
 void* mremap(void* address, size_t oldSize, size_t newSize, int flags, ...) noexcept
 {
   return refused() ? MAP_FAILED : reinterpret_cast<void*>(syscall(SYS_mremap, address, oldSize, newSize, flags));
+}
+
+int clock_gettime(clockid_t clock, timespec* time) noexcept
+{
+  const long result = syscall(SYS_clock_gettime, clock, time);
+  time->tv_sec += clock == CLOCK_MONOTONIC ? gSecondsAhead : 0;
+  return int(result);
 }
 
 int open(const char* path, int flags, ...)

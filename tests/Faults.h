@@ -16,6 +16,9 @@ extern bool (*gRefusesMemory)();
 /// What is opened in the place of /proc/meminfo. Null: itself.
 extern const char* gMemoryInformation;
 
+/// Added to the time since the system began.
+extern int gSecondsAhead;
+
 /// While one lives, allocation number \p first, counted from 0, fails, and with \p onwards every later one too.
 class Shortage
 {
@@ -29,8 +32,8 @@ public:
   static int struck();
 };
 
-/// Runs \p scenario, called with what to report a failure with, while every single allocation in it fails in turn, once
-/// or from then on. It makes a Shortage of its arguments where allocations are to fail and returns struck() at its end.
+/// Runs \p scenario while every single allocation in it fails in turn, once and then from there on. The scenario makes
+/// a Shortage of its arguments where allocations are to fail and returns struck() at its end.
 template <class Scenario>
 void failEveryAllocation(Scenario scenario)
 {
