@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Foundation/Debug/Texception.h"
+#include "Foundation/Debug/Treporter.h"
 #include "Foundation/Iff/FL.h"
 #include "Foundation/Memory/Tallocator.h"
 #include "Foundation/Platform/Export.h"
