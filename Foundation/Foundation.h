@@ -9,3 +9,7 @@
 #include "Foundation/Memory/Tallocator.h"
 #include "Foundation/Platform/Export.h"
 #include "Foundation/Platform/Types.h"
+#include "Foundation/String/TcharString.h"
+#include "Foundation/String/Tstring.h"
+#include "Foundation/String/TstringCount.h"
+#include "Foundation/String/TstringId.h"
