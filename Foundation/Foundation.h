@@ -3,8 +3,15 @@
 
 #pragma once
 
+#include "Foundation/Data/Tmetaclass.h"
+#include "Foundation/Debug/CDumpContext.h"
+#include "Foundation/Debug/TassertAlert.h"
+#include "Foundation/Debug/TdebugOutput.h"
+#include "Foundation/Debug/TdebugOutputFile.h"
+#include "Foundation/Debug/TerrorHandler.h"
 #include "Foundation/Debug/Texception.h"
 #include "Foundation/Debug/Treporter.h"
+#include "Foundation/Debug/TstackTrace.h"
 #include "Foundation/Iff/FL.h"
 #include "Foundation/Memory/Tallocator.h"
 #include "Foundation/Platform/Export.h"
