@@ -45,7 +45,8 @@ void printPlace(const Platform::CodePlace& place, void* data)
   const char* name = place.function ? place.function : "?";
   if (std::strncmp(name, "__Z", 3) == 0) // the platform's underscore in front
     ++name;
-  char* demangled = abi::__cxa_demangle(name, nullptr, nullptr, nullptr);
+  // Other names may read as types: "f" as float.
+  char* demangled = std::strncmp(name, "_Z", 2) == 0 ? abi::__cxa_demangle(name, nullptr, nullptr, nullptr) : nullptr;
   std::fprintf(listing.stream, "#%d %s", listing.lines++, demangled ? demangled : name);
   std::free(demangled);
   if (place.file)

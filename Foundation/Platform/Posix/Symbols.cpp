@@ -49,10 +49,11 @@ int onLine(void* data, std::uintptr_t, const char* file, int line, const char* f
   Search& search = *static_cast<Search*>(data);
   if (function || file)
   {
-    search.place.function = function;
-    search.place.file = file;
-    search.place.line = line;
-    search.report(search.place, search.context);
+    CodePlace place = search.place;
+    place.function = function ? function : place.function;
+    place.file = file;
+    place.line = line;
+    search.report(place, search.context);
     search.reported = true;
   }
   return 0;
