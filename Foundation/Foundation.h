@@ -16,6 +16,7 @@
 #include "Foundation/Data/Tmetaclass.h"
 #include "Foundation/Debug/CDumpContext.h"
 #include "Foundation/Debug/TassertAlert.h"
+#include "Foundation/Debug/TdbTrace.h"
 #include "Foundation/Debug/TdebugOutput.h"
 #include "Foundation/Debug/TdebugOutputFile.h"
 #include "Foundation/Debug/TerrorHandler.h"
