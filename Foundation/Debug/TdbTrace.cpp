@@ -201,10 +201,10 @@ long TdbTrace::sShowStatus(short level, Key key, unsigned char withOutputs)
   const std::string_view shown = key.text();
   out.printNoIndent("%ld trace objects of %u matching (%d, %.*s)\n", count, registry().length(), level,
                     int(std::min(shown.size(), std::size_t(INT_MAX))), shown.data());
-  for (const unsigned char status : {1, 0})
+  for (const bool status : {true, false})
   {
     out.printNoIndent(status ? "Traces Turned On\n===============\n{\n" : "Traces Turned Off\n================\n{\n");
-    forEach([=](const TdbTrace& channel) { return matches(channel) && channel.fStatus == status; },
+    forEach([=](const TdbTrace& channel) { return matches(channel) && (channel.fStatus != 0) == status; },
             [&out, withOutputs](TdbTrace& channel) {
               out.printNoIndent("   %d %s", channel.fLevel, channel.fKey.asC());
               if (withOutputs)

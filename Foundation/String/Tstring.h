@@ -42,7 +42,8 @@ class TstringId;
 /// Threads: the share count is a plain integer, so strings that share a text belong to one thread.
 ///
 /// Two rules fix a buffer's size in bytes: a fresh one for n characters has (n + 35) / 20 * 20, one that grows or
-/// shrinks in place (n + 20) & ~3. Of both, 12 are the header and the capacity is the size - 16.
+/// shrinks in place (n + 20) & ~3. Of both, 12 are the header and the capacity is the size - 16. The block behind it
+/// may be longer, so that most growth moves nothing.
 class FOUNDATION_API Tstring
 {
 public:
@@ -206,14 +207,21 @@ public:
   long append(const char* text, unsigned long length) noexcept;
   long append(char c) noexcept
   {
-    if (fData && fData->fCount < 2 && fData->fLength < fData->fCapacity)
+    if (!fData || fData->fCount > 1)
+      return append(&c, 1);
+    const TuInt32 length = fData->fLength;
+    if (length == fData->fCapacity)
     {
-      char* const end = fData->text() + fData->fLength++;
-      end[0] = c;
-      end[1] = '\0';
-      return 0;
+      // Blocks end at multiples of 32 bytes; before that the next growth, by 4, asks for no other.
+      if (length <= 24 || length % 32 == 16)
+        return append(&c, 1);
+      fData->fCapacity = length + 4;
     }
-    return append(&c, 1);
+    char* const end = fData->text() + length;
+    fData->fLength = length + 1;
+    end[0] = c;
+    end[1] = '\0';
+    return 0;
   }
   template <class... Text>
   long catenate(const Text&... text) noexcept

@@ -1,3 +1,4 @@
+#include "tests/FailingMemory.h"
 #include "tests/Iff/Chunks.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +18,7 @@
 
 namespace {
 
-// System calls ('r'ead, 'w'rite, 's'eek) or allocations ('a') that are to fail: `times` of them behind the first
+// System calls ('r'ead, 'w'rite, 's'eek), or allocations ('a'), that are to fail: `times` of them behind the first
 // `after`, with an error, or by moving only one byte.
 struct Fault
 {
@@ -62,14 +63,6 @@ extern "C" off_t lseek(int descriptor, off_t offset, int whence) noexcept
   return syscall(SYS_lseek, descriptor, offset, whence);
 #  endif
 }
-
-#  ifndef __SANITIZE_ADDRESS__ // whose allocator is not the system's
-extern "C" void* __libc_malloc(size_t size);
-extern "C" void* malloc(size_t size) noexcept
-{
-  return strikes('a') ? nullptr : __libc_malloc(size);
-}
-#  endif
 
 namespace {
 
@@ -176,7 +169,7 @@ TEST(FLfault, isReportedWhateverFails)
   for (const char call : {'r', 'w', 's', 'a'})
     faults.insert(faults.end(), {{call, EIO, 1}, {call, EIO, 100}});
   std::set<char> met;
-#  ifdef __SANITIZE_ADDRESS__
+#  if !FAILING_MEMORY
   met.insert('a');
 #  endif
   for (const auto& scenario : scenarios)
@@ -188,9 +181,18 @@ TEST(FLfault, isReportedWhateverFails)
       sum = 0;
       flerrno = 0;
       gFault = fault;
+#  if FAILING_MEMORY
+      if (fault.call == 'a')
+        failAllocations(fault.after, fault.times);
+#  endif
       const bool good =
         scenario.mode ? writeWhole(scenario.name.c_str(), scenario.mode) : readWhole(scenario.name.c_str(), sum);
       gFault.call = 0;
+#  if FAILING_MEMORY
+      if (fault.call == 'a')
+        gFault.struck = failedAllocations();
+      failAllocations(0, 0);
+#  endif
       sum += TuInt64(lseek(from, 0, SEEK_CUR)); // whoever lent it goes on there
       return good;
     };
