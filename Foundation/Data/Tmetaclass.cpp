@@ -107,6 +107,11 @@ unsigned int Tmetaclass::extraSize() const noexcept
   return size;
 }
 
+Tmetaclass* Tmetaclass::super(unsigned int i) const noexcept
+{
+  return i < fParentCount ? *fParents[i] : nullptr;
+}
+
 bool Tmetaclass::istype(const Tmetaclass* type) const noexcept
 {
   if (fParentCount == 0)

@@ -83,7 +83,7 @@ public:
 
   /// The parents; null from superCount() on.
   unsigned int superCount() const noexcept { return fParentCount; }
-  Tmetaclass* super(unsigned int i) const noexcept { return i < fParentCount ? *fParents[i] : nullptr; }
+  Tmetaclass* super(unsigned int i) const noexcept;
 
   /// Whether the class is \p type or derives from it. Nothing is a null type. A record that gets an ancestor after its
   /// first question does not notice.

@@ -16,8 +16,7 @@ struct Search
 {
   void (*report)(const CodePlace& place, void* context);
   void* context;
-  CodePlace place;
-  bool reported = false;
+  CodePlace place; // what is reported next
 };
 
 void ignoreError(void*, const char*, int) {}
@@ -47,22 +46,17 @@ backtrace_state* symbols()
 int onLine(void* data, std::uintptr_t, const char* file, int line, const char* function)
 {
   Search& search = *static_cast<Search*>(data);
-  if (function || file)
-  {
-    CodePlace place = search.place;
-    place.function = function ? function : place.function;
-    place.file = file;
-    place.line = line;
-    search.report(place, search.context);
-    search.reported = true;
-  }
+  if (search.place.file)
+    search.report(search.place, search.context); // it is in line of what comes now
+  search.place.function = function;
+  search.place.file = file;
+  search.place.line = line;
   return 0;
 }
 
 void onSymbol(void* data, std::uintptr_t, const char* symbol, std::uintptr_t, std::uintptr_t)
 {
-  if (symbol)
-    static_cast<Search*>(data)->place.function = symbol;
+  *static_cast<const char**>(data) = symbol;
 }
 
 } // namespace
@@ -79,13 +73,16 @@ void findCode(std::uintptr_t address, void (*report)(const CodePlace& place, voi
     place.moduleOffset = address - reinterpret_cast<std::uintptr_t>(known.dli_fbase);
   }
 #ifdef FOUNDATION_HAS_BACKTRACE
-  Search search = {report, context, place};
   if (backtrace_state* state = symbols())
   {
+    Search search = {report, context, place};
     backtrace_pcinfo(state, address, onLine, ignoreError, &search);
-    if (search.reported)
-      return;
-    backtrace_syminfo(state, address, onSymbol, ignoreError, &search);
+    const char* symbol = nullptr; // unlike the debug information's name, it always has its scope
+    backtrace_syminfo(state, address, onSymbol, ignoreError, &symbol);
+    if (symbol)
+      search.place.function = symbol;
+    else if (!search.place.function)
+      search.place.function = place.function;
     place = search.place;
   }
 #endif
