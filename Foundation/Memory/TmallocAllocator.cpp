@@ -1,9 +1,11 @@
 #include "Foundation/Memory/TmallocAllocator.h"
 
+#include "Foundation/Debug/TerrorHandler.h"
 #include "Foundation/Debug/Texception.h"
 #include "Foundation/Memory/BlockStatistics.h"
 #include "Foundation/Platform/Descriptor.h"
 #include "Foundation/Platform/Memory.h"
+#include "Foundation/String/Tstring.h"
 
 #include <algorithm>
 #include <cinttypes>
@@ -114,9 +116,11 @@ void printReport(Print print)
   Platform::compactHeaps();
 }
 
-// Tells of a request that there is no memory for. Through the C library's stream, which needs no memory itself.
+// Tells of a request that there is no memory for; standard error through the C library's stream, which needs no memory.
 void reportLowMemory(TuInt64 request)
 {
+  if (TerrorHandler* handler = TerrorHandler::sInstalled())
+    handler->reportError(Tstring("Free memory is low. Memory exception thrown"));
   const auto print = [](const char* text) { std::fputs(text, stderr); };
   const Platform::SystemMemory memory = Platform::systemMemory();
   const struct

@@ -1,4 +1,4 @@
-#include "tests/Faults.h"
+#include "tests/FailingMemory.h"
 #include "tests/Iff/Chunks.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@
 
 namespace {
 
-// System calls ('r'ead, 'w'rite, 's'eek) or allocations ('a') that are to fail: `times` of them behind the first
+// System calls ('r'ead, 'w'rite, 's'eek), or allocations ('a'), that are to fail: `times` of them behind the first
 // `after`, with an error, or by moving only one byte.
 struct Fault
 {
@@ -169,9 +169,7 @@ TEST(FLfault, isReportedWhateverFails)
   for (const char call : {'r', 'w', 's', 'a'})
     faults.insert(faults.end(), {{call, EIO, 1}, {call, EIO, 100}});
   std::set<char> met;
-#  ifdef CAN_REFUSE_MEMORY
-  gRefusesMemory = [] { return strikes('a'); };
-#  else
+#  if !FAILING_MEMORY
   met.insert('a');
 #  endif
   for (const auto& scenario : scenarios)
@@ -183,9 +181,18 @@ TEST(FLfault, isReportedWhateverFails)
       sum = 0;
       flerrno = 0;
       gFault = fault;
+#  if FAILING_MEMORY
+      if (fault.call == 'a')
+        failAllocations(fault.after, fault.times);
+#  endif
       const bool good =
         scenario.mode ? writeWhole(scenario.name.c_str(), scenario.mode) : readWhole(scenario.name.c_str(), sum);
       gFault.call = 0;
+#  if FAILING_MEMORY
+      if (fault.call == 'a')
+        gFault.struck = failedAllocations();
+      failAllocations(0, 0);
+#  endif
       sum += TuInt64(lseek(from, 0, SEEK_CUR)); // whoever lent it goes on there
       return good;
     };
@@ -211,9 +218,6 @@ TEST(FLfault, isReportedWhateverFails)
       }
     }
   }
-#  ifdef CAN_REFUSE_MEMORY
-  gRefusesMemory = nullptr;
-#  endif
   EXPECT_EQ(met.size(), 4U); // else the library does not call the functions above
   close(from);
   close(to);
