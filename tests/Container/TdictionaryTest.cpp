@@ -151,48 +151,6 @@ TEST(Tdictionary, followsItsModel)
   EXPECT_EQ(gAlive, 0);
 }
 
-TEST(Tdictionary, sharesItsNodesWithCopies)
-{
-  Dictionary dictionary, assigned;
-  dictionary.insert(1, 1);
-  assigned = dictionary;
-  {
-    Dictionary copy(dictionary);
-    EXPECT_TRUE(copy.find(1) && copy.find(1) == dictionary.find(1) && copy.find(1) == assigned.find(1));
-  }
-  EXPECT_EQ(gAlive, 0);
-  for (Dictionary* dangling : {&dictionary, &assigned})
-    new (dangling) Dictionary; // forgets what the copy has destroyed
-}
-
-TEST(Tdictionary, noticesBrokenLists)
-{
-  Dictionary dictionary;
-  for (int i = 0; dictionary.levels() < 3; ++i)
-    dictionary.insert(i, 0);
-  Node* first = dictionary.find(0);
-  TdictionaryNode* last = first;
-  while (last->forward(0))
-    last = last->forward(0);
-  const struct
-  {
-    TdictionaryNode*& link;
-    TdictionaryNode* value;
-  } breaks[] = {{last->forward(0), first},
-                {last->forward(0), last},
-                {first->forward(0), last},
-                {dictionary.forward(2), nullptr},
-                {dictionary.forward(3), dictionary.forward(2)}};
-  for (const auto& each : breaks)
-  {
-    TdictionaryNode* const before = each.link;
-    each.link = each.value;
-    EXPECT_FALSE(dictionary.validate());
-    each.link = before;
-    EXPECT_TRUE(dictionary.validate());
-  }
-}
-
 #if FAILING_MEMORY
 TEST(Tdictionary, livesWithoutMemory)
 {

@@ -2,8 +2,6 @@
 #include "Foundation/Container/StringArrays.h"
 #include "Foundation/Debug/TerrorHandler.h"
 #include "Foundation/Debug/Texception.h"
-#include "Foundation/Debug/Treporter.h"
-#include "Foundation/Memory/TmemoryAlert.h"
 #include "Foundation/Memory/TresourceQuery.h"
 #include "tests/FailingMemory.h"
 #include "tests/Iff/Chunks.h"
@@ -85,7 +83,7 @@ TEST(TmallocAllocator, drawsTheLineAtLargeBlocks)
     {
       char* block = static_cast<char*>(mmapRealloc(nullptr, oldSize, "before"));
       EXPECT_TRUE(isRecorded(block, oldSize, "before")) << oldSize;
-      EXPECT_TRUE(oldSize < kLarge || std::count(block, block + oldSize, '\0') == oldSize);
+      EXPECT_TRUE(oldSize < kLarge || unsigned(std::count(block, block + oldSize, '\0')) == oldSize);
       fill(block, oldSize);
       block = static_cast<char*>(mmapRealloc(block, newSize, "after"));
       EXPECT_TRUE(isRecorded(block, newSize, "after")) << oldSize << " to " << newSize;
@@ -107,50 +105,22 @@ TEST(TmallocAllocator, drawsTheLineAtLargeBlocks)
   EXPECT_EQ(TmallocAllocator::open(nullptr)->entryCount(), count);
 }
 
-// With "#" for each number that says nothing, and the spaces before it.
-std::string shape(const std::string& text, const std::string& numbers = "0123456789.")
-{
-  std::string result;
-  for (const char c : text)
-  {
-    if (numbers.find(c) == std::string::npos)
-      result += c;
-    else if (result.empty() || result.back() != '#')
-      result = result.substr(0, result.find_last_not_of(' ') + 1) + '#';
-  }
-  return result;
-}
-
 TEST(TmallocAllocator, tellsWhatMemoryIsUsedFor)
 {
   const std::string scene = "scene", scenery = "scenery", other = "scene"; // equal texts at two addresses
-  std::ostringstream first, second;
+  std::ostringstream first, second, third;
   TmallocAllocator::printStatistics(first); // the peak begins anew
-  void* blocks[] = {mmapAlloc(1000, scenery.c_str()), mmapAlloc(7000, scene.c_str()), mmapAlloc(123000, other.c_str()),
-                    mmapAlloc(5000000, "A")};
+  void* blocks[] = {mmapAlloc(1000, scenery.c_str()), mmapAlloc(7000, scene.c_str()), mmapAlloc(123000, other.c_str())};
+  mmapFree(mmapAlloc(5000000, "A"));
+  TmallocAllocator::printStatistics(second);
+  EXPECT_NE(second.str().find("   5.123 Mb\tPeak arena size\n" + kRule), std::string::npos) << second.str();
+  TmallocAllocator::printStatistics(third);
+  EXPECT_NE(third.str().find("   0.123 Mb\tPeak arena size\n" + kRule), std::string::npos) << third.str();
+  EXPECT_NE(third.str().find(" Mb\tCurrent\n   0.130 Mb\tscene\n   0.001 Mb\tscenery\n" + kRule), std::string::npos);
   TstringArray lines;
   TmallocAllocator::getStatistics(lines);
-  ASSERT_EQ(lines.length(), 4U);
-  EXPECT_EQ(shape(lines[0].asC()), "# Mb\tCurrent\n");
-  EXPECT_STREQ(lines[1].asC(), "   5.000 Mb\tA\n");
-  EXPECT_STREQ(lines[2].asC(), "   0.130 Mb\tscene\n");
-  EXPECT_STREQ(lines[3].asC(), "   0.001 Mb\tscenery\n");
-  mmapFree(blocks[3]);
-  for (const char* peak : {"   5.123 Mb\tPeak arena size\n", "   0.123 Mb\tPeak arena size\n"})
-  {
-    second.str("");
-    TmallocAllocator::printStatistics(second);
-    EXPECT_NE(second.str().find(peak), std::string::npos) << second.str();
-  }
-  const std::string form = shape(second.str());
-  EXPECT_EQ(form.substr(form.find("# Mb\tPeak total")), "# Mb\tPeak total size(Estimated)\n# Mb\tPeak arena size\n" +
-                                                          kRule + "# Mb\tCurrent\n# Mb\tscene\n# Mb\tscenery\n" +
-                                                          kRule);
-  second.str("");
-  TmallocAllocator::printFootPrint(second, "Modeller");
-  EXPECT_EQ(shape(second.str()), "Modeller\n# Mb\tHeap size\n# Mb\tLarge blocks\n# Mb\tMax resident size\n"
-                                 "# Mb\tMaximum swap\n# Mb\tLogical swap\n");
-  for (void* block : {blocks[0], blocks[1], blocks[2]})
+  EXPECT_TRUE(lines.length() == 3 && lines[1] == "   0.130 Mb\tscene\n");
+  for (void* block : blocks)
     mmapFree(block);
 }
 
@@ -174,20 +144,6 @@ TEST(TmallocAllocator, runsOutOfNumbers)
 #endif
 }
 
-TEST(TmallocAllocator, keepsAFile)
-{
-  const Scratch scratch;
-  const std::string path = scratch.path("map");
-  Tmmap* map = TmallocAllocator::mapDiskFile();
-  TmallocAllocator::open(path.c_str());
-  TmallocAllocator::open(scratch.write("other", "precious").c_str()); // not, since it exists
-  EXPECT_TRUE(std::filesystem::exists(path) && map->descriptor() >= 0 && map->fileName() == path);
-  TmallocAllocator::purge();
-  TmallocAllocator::purge();
-  EXPECT_TRUE(!std::filesystem::exists(path) && map->descriptor() < 0 && !map->fileName());
-  EXPECT_EQ(scratch.read("other"), "precious");
-}
-
 TEST(TresourceQuery, seesWhatIsUsed)
 {
   constexpr unsigned kSize = 50000000;
@@ -198,36 +154,6 @@ TEST(TresourceQuery, seesWhatIsUsed)
   EXPECT_GE(TresourceQuery::maxResidentSize(), kSize);
   EXPECT_TRUE(TresourceQuery::pageFaults() > faults || faults == 0); // Wine does not count them
   mmapFree(block);
-  EXPECT_GT(TresourceQuery::freeMemory(), 0U);
-  EXPECT_GE(TresourceQuery::maximumSwap(), TresourceQuery::freeSwap());
-  EXPECT_GT(TresourceQuery::logicalSwap(), TresourceQuery::maximumSwap());
-}
-
-TEST(TmemoryAlert, canBeSuppressed)
-{
-  struct Reporter : Treporter
-  {
-    response reportMsg(Tstring* message, Tstring* detail) override
-    {
-      fShown += !message && !detail;
-      return kStop;
-    }
-    response reportErrorMsg(Tstring*, Tstring*) override { return kStop; }
-    int fShown = 0;
-  } reporter;
-  TmemoryAlert alert;
-  const auto shows = [&](int times) {
-    for (int i = reporter.fShown = 0; i < 3; ++i)
-      alert.showAlert();
-    return reporter.fShown == times;
-  };
-  alert.setSuppressAlertTrigger(1);
-  EXPECT_TRUE(shows(0));
-  alert.setReporter(&reporter);
-  EXPECT_TRUE(shows(1)); // not used up by calls that nobody saw
-  EXPECT_TRUE(shows(0));
-  alert.setSuppressAlertTrigger(0);
-  EXPECT_TRUE(shows(3));
 }
 
 #if FAILING_MEMORY
@@ -372,10 +298,8 @@ TEST(TmallocAllocator, usesMallocWhenTold)
   const Environment on("VEXA_USE_MALLOC");
   const auto use = [] {
     void* block = mmapRealloc(mmapAlloc(100, "tag"), 100000, "tag");
-    std::ostringstream out;
-    TmallocAllocator::printStatistics(out);
     const bool good = TmallocAllocator::useMalloc() && !TmallocAllocator::open(nullptr) && mmapFree(block) == 0 &&
-                      TmallocAllocator::pageAlign(17) == 17 && out.str().find("Current\n" + kRule) != std::string::npos;
+                      TmallocAllocator::pageAlign(17) == 17;
     failAllocations(0, INT_MAX);
     try
     {
