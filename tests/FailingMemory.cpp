@@ -3,7 +3,17 @@
 #if FAILING_MEMORY
 
 #  include <cerrno>
+#  include <cstdarg>
 #  include <cstddef>
+#  include <cstring>
+#  include <ctime>
+#  include <fcntl.h>
+#  include <sys/mman.h>
+#  include <sys/syscall.h>
+#  include <unistd.h>
+
+const char* gMemoryInformation = nullptr;
+int gSecondsAhead = 0;
 
 namespace {
 
@@ -53,6 +63,40 @@ void* calloc(std::size_t count, std::size_t size) noexcept
 void* realloc(void* block, std::size_t size) noexcept
 {
   return fails() ? nullptr : __libc_realloc(block, size);
+}
+
+void* mmap(void* address, std::size_t size, int protection, int flags, int descriptor, off_t offset) noexcept
+{
+#  ifdef SYS_mmap2
+  const long call = SYS_mmap2;
+  offset >>= 12;
+#  else
+  const long call = SYS_mmap;
+#  endif
+  return fails() ? MAP_FAILED
+                 : reinterpret_cast<void*>(syscall(call, address, size, protection, flags, descriptor, offset));
+}
+
+void* mremap(void* address, std::size_t oldSize, std::size_t newSize, int flags, ...) noexcept
+{
+  return fails() ? MAP_FAILED : reinterpret_cast<void*>(syscall(SYS_mremap, address, oldSize, newSize, flags));
+}
+
+int open(const char* path, int flags, ...)
+{
+  va_list arguments;
+  va_start(arguments, flags);
+  const int mode = flags & O_CREAT ? va_arg(arguments, int) : 0;
+  va_end(arguments);
+  const bool asked = gMemoryInformation && std::strcmp(path, "/proc/meminfo") == 0;
+  return int(syscall(SYS_openat, AT_FDCWD, asked ? gMemoryInformation : path, flags | O_LARGEFILE, mode));
+}
+
+int clock_gettime(clockid_t clock, timespec* time) noexcept
+{
+  const long result = syscall(SYS_clock_gettime, clock, time);
+  time->tv_sec += clock == CLOCK_MONOTONIC ? gSecondsAhead : 0;
+  return int(result);
 }
 }
 

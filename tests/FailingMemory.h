@@ -11,8 +11,13 @@
 #else
 #  define FAILING_MEMORY 1
 
-/// Lets \p times allocations fail, behind the next \p after. 0 times lets all succeed.
+/// Lets \p times allocations, whole pages among them, fail, behind the next \p after. 0 times lets all succeed.
 void failAllocations(int after, int times);
+
+/// What is opened in the place of /proc/meminfo unless it is null, and what is added to the time since the system
+/// began.
+extern const char* gMemoryInformation;
+extern int gSecondsAhead;
 
 /// How many failed since.
 int failedAllocations();

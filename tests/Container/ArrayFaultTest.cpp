@@ -49,8 +49,8 @@ int failEveryChange(X value, std::initializer_list<unsigned int> lengths, Arm ar
           threw = true;
         }
         failed = disarm();
-        failures += failed != 0;
-        EXPECT_EQ(threw, failed != 0);
+        failures += threw;
+        EXPECT_TRUE(!threw || failed != 0); // a mapped buffer does without its entry in the table of blocks
         EXPECT_TRUE(array.validate());
         if (threw)
           expectEqual(array, model);

@@ -4,6 +4,8 @@
 #include "Inspection.h"
 #include "Terminal.h"
 
+#include "Foundation/Debug/Texception.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -11,7 +13,6 @@
 #include <cstdlib>
 #include <functional>
 #include <iostream>
-#include <new>
 
 namespace {
 
@@ -162,7 +163,7 @@ int main(int count, char** words)
   {
     return run(count, words);
   }
-  catch (const std::bad_alloc&)
+  catch (const TmemoryException&) // what operator new throws where the library is loaded
   {
     std::fputs("flinspect: not enough memory\n", stderr);
   }

@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <fcntl.h>
 #include <io.h>
-#include <new>
 #include <string>
 #include <winsock2.h>
 
@@ -122,7 +122,7 @@ try
     appendArgument(line, *argument);
   return start(argv[0], line, input, output);
 }
-catch (const std::bad_alloc&)
+catch (const std::exception&) // of memory: the process's new handler chooses which
 {
   errno = ENOMEM;
   return 0;
@@ -138,7 +138,7 @@ try
   // The shell takes what stands between the outer quotes as it is.
   return start(shell ? shell : usual.c_str(), std::string("cmd /s /c \"") + command + '"', input, output);
 }
-catch (const std::bad_alloc&)
+catch (const std::exception&) // of memory: the process's new handler chooses which
 {
   errno = ENOMEM;
   return 0;

@@ -1,0 +1,62 @@
+/// \file
+/// TptrHashTable: entries of the caller's, found by an address.
+///
+/// Use it to keep a record beside each of many objects or blocks. Look-up, insertion and removal take constant time and
+/// allocate nothing but, now and then, buckets; when those cannot be had the table goes on with longer chains, so that
+/// it can be trusted when memory is short. The trap: it owns no entry; free them before the table goes.
+
+#pragma once
+
+#include "Foundation/Container/ThashTable.h"
+
+#include <cstdint>
+
+/// What an entry of a TptrHashTable begins with.
+struct TptrHashTableEntry : ThashTableEntry
+{
+  const void* fKey; // set by insert
+};
+
+/// A table of entries, one for each address.
+///
+/// \code
+///   struct Mark : TptrHashTableEntry { int fUses; };
+///   TptrHashTable marks;
+///   marks.insert(new Mark, object);
+///   static_cast<Mark*>(marks.find(object))->fUses = 1;
+///   delete static_cast<Mark*>(marks.remove(object));
+/// \endcode
+class FOUNDATION_API TptrHashTable : public ThashTable
+{
+public:
+  /// As ThashTable.
+  explicit TptrHashTable(unsigned int minimum = 8, unsigned int maximum = 0x80000000u)
+    : ThashTable(minimum, maximum)
+  {
+  }
+
+  /// Adds \p entry for \p key, which must have none. It must stay where it is until remove() gives it back.
+  void insert(TptrHashTableEntry* entry, const void* key) noexcept;
+
+  /// The entry of \p key, null when there is none.
+  TptrHashTableEntry* find(const void* key) const noexcept
+  {
+    return findEntry<TptrHashTableEntry>(hash(key),
+                                         [key](const TptrHashTableEntry& entry) { return entry.fKey == key; });
+  }
+
+  /// Takes the entry of \p key out and returns it, null when there is none. The table may shrink by half.
+  TptrHashTableEntry* remove(const void* key) noexcept;
+
+  /// The upper half of a product with 2^64 over the golden ratio (Knuth, The Art of Computer Programming, 6.4): every
+  /// bit of the address reaches the low bits, which choose the bucket.
+  static TuInt32 hash(const void* key) noexcept
+  {
+    return TuInt32(reinterpret_cast<std::uintptr_t>(key) * TuInt64(0x9E3779B97F4A7C15) >> 32);
+  }
+
+  TentryIterator<TptrHashTableEntry> begin() noexcept { return beginAs<TptrHashTableEntry>(); }
+  TentryIterator<TptrHashTableEntry> end() noexcept { return {}; }
+  TentryIterator<const TptrHashTableEntry> begin() const noexcept { return beginAs<const TptrHashTableEntry>(); }
+  TentryIterator<const TptrHashTableEntry> end() const noexcept { return {}; }
+};

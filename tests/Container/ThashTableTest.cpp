@@ -1,0 +1,198 @@
+#include "Foundation/Container/TptrHashTable.h"
+#include "Foundation/Debug/Texception.h"
+#include "tests/FailingMemory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+#include <random>
+#include <set>
+#include <vector>
+
+namespace {
+
+// Shows what derived tables work with. The hash is the key itself.
+class Table : public ThashTable
+{
+public:
+  using ThashTable::reinitializeTable;
+  using ThashTable::setTableSize;
+  using ThashTable::shrinkTable;
+  using ThashTable::ThashTable;
+
+  bool insert(TuInt32 key) { return insertWithHash(&fEntries.emplace_back(), key); }
+  std::vector<TuInt32> keys() const // in order of iteration
+  {
+    std::vector<TuInt32> found;
+    for (const ThashTableEntry& each : *this)
+      found.push_back(each.fHash);
+    return found;
+  }
+
+private:
+  std::deque<ThashTableEntry> fEntries;
+};
+
+// The rules of the bucket count.
+struct Model
+{
+  TuInt32 least, most, buckets = least, depth = 0;
+  std::multiset<TuInt32> keys = {};
+
+  bool tooFew() const { return depth == 0 && keys.size() < buckets / 8 && buckets / 2 >= least; }
+  bool tooMany() const { return depth == 0 && keys.size() > buckets * 3 / 8 && buckets * 2 <= most; }
+  void fit()
+  {
+    for (const bool shrinks = tooFew(); shrinks ? tooFew() : tooMany();)
+      buckets = shrinks ? buckets / 2 : buckets * 2;
+  }
+};
+
+TEST(ThashTable, roundsItsLimits)
+{
+  const struct
+  {
+    unsigned least, most, buckets, grown; // bucket counts before and after a thousand insertions
+  } cases[] = {{0, 0, 8, 8}, {9, 5, 16, 16}, {8, 65, 8, 128}, {33, 0xFFFFFFFF, 64, 4096}};
+  for (const auto& each : cases)
+  {
+    Table table(each.least, each.most);
+    EXPECT_EQ(table.bucketCount(), each.buckets);
+    for (TuInt32 i = 0; i < 1000; ++i)
+      EXPECT_TRUE(table.insert(i));
+    EXPECT_EQ(table.bucketCount(), each.grown);
+    EXPECT_TRUE(table.validate());
+  }
+}
+
+TEST(ThashTable, keepsItsOrder)
+{
+  Table table(8, 16);
+  for (const TuInt32 key : {5U, 2U, 13U}) // 5 and 13 share a bucket
+    table.insert(key);
+  EXPECT_EQ(table.keys(), (std::vector<TuInt32>{2, 13, 5}));
+  table.insert(29);
+  EXPECT_EQ(table.keys(), (std::vector<TuInt32>{2, 5, 13, 29})); // reversed as the table grew
+  ThashTableIterator at(table);
+  EXPECT_TRUE(at._first() && at._next());
+  at._remove(at.entry(), at.bucket());
+  EXPECT_TRUE(at._next() && at._next() && at.entry()->fHash == 29); // on from what is no longer there
+  EXPECT_FALSE(at._next() || at._next());
+}
+
+TEST(ThashTable, followsItsModel)
+{
+  std::mt19937 random(1);
+  for (int round = 0; round < 20; ++round)
+  {
+    Model model{8U << random() % 3, 256};
+    Table table(model.least, model.most);
+    for (int step = 0, bias = 50; step < 2000; ++step)
+    {
+      bias = step % 200 ? bias : int(random() % 100); // how insertions prevail over removals
+      const TuInt32 key = TuInt32(random() % 300);
+      const bool locked = model.depth > 0;
+      const unsigned choice = unsigned(random() % 50);
+      ThashTableIterator at(table);
+      if (choice == 0)
+        model.depth += table.lockSize();
+      else if (choice == 1)
+      {
+        EXPECT_EQ(table.unlockSize(), locked);
+        if (locked && --model.depth == 0)
+          model.fit();
+      }
+      else if (choice == 2)
+      {
+        EXPECT_EQ(table.resize(), !locked);
+        model.fit();
+      }
+      else if (choice == 3)
+      {
+        EXPECT_TRUE(table.shrinkTable());
+        model.buckets /= model.tooFew() ? 2 : 1;
+      }
+      else if (choice == 4 && step % 20 == 0)
+      {
+        table.reinitializeTable();
+        model.keys.clear();
+        model.buckets = locked ? model.buckets : model.least;
+      }
+      else if (int(random() % 100) < bias)
+      {
+        EXPECT_TRUE(table.insert(key));
+        model.keys.insert(key);
+        model.buckets *= model.tooMany() ? 2 : 1;
+      }
+      else if (at._first(key))
+      {
+        model.keys.extract(at.entry()->fHash);
+        at._remove(at.entry(), at.bucket());
+      }
+      ASSERT_TRUE(table.validate());
+      ASSERT_EQ(table.bucketCount(), model.buckets);
+    }
+    std::vector<TuInt32> keys = table.keys();
+    std::sort(keys.begin(), keys.end());
+    EXPECT_TRUE(std::equal(keys.begin(), keys.end(), model.keys.begin(), model.keys.end()));
+  }
+}
+
+TEST(TptrHashTable, spreadsAddresses)
+{
+  // A power of two apart, as allocators give them.
+  for (int shift = 3; shift < (sizeof(void*) > 4 ? 32 : 20); ++shift)
+  {
+    std::vector<TptrHashTableEntry> entries(4000);
+    TptrHashTable table;
+    std::set<TuInt32> buckets;
+    const auto key = [shift](std::size_t i) { return reinterpret_cast<char*>((i + 1) << shift); };
+    for (std::size_t i = 0; i < entries.size(); ++i)
+      table.insert(&entries[i], key(i));
+    for (const TptrHashTableEntry& each : table)
+      buckets.insert(ThashTable::tableIndex(table.bucketCount(), each.fHash));
+    EXPECT_GT(buckets.size(), entries.size() * 3 / 4) << shift;
+    for (std::size_t i = 0; i < entries.size(); ++i)
+      EXPECT_TRUE(!table.find(key(i) + 1) && table.remove(key(i)) == &entries[i] && !table.remove(key(i)));
+    EXPECT_EQ(table.bucketCount(), 8U); // given back on the way
+  }
+}
+
+#if FAILING_MEMORY
+TEST(ThashTable, livesWithoutMemory)
+{
+  std::vector<TptrHashTableEntry> entries(200);
+  forEachFailingAllocation([&] {
+    try
+    {
+      TptrHashTable table(8, 256);
+      for (TptrHashTableEntry& entry : entries)
+      {
+        table.insert(&entry, &entry);
+        const bool locked = table.lockSize();
+        const bool unlocked = table.unlockSize();
+        EXPECT_EQ(unlocked,
+                  locked && (table.entryCount() <= table.bucketCount() * 3 / 8 || table.bucketCount() == 256));
+        EXPECT_TRUE(table.validate() && table.find(&entry) == &entry);
+      }
+      for (TptrHashTableEntry& entry : entries)
+        EXPECT_TRUE(table.remove(&entry) == &entry && table.validate());
+    }
+    catch (const TmemoryException&) // there were no first buckets
+    {
+    }
+  });
+  Table table(8, 1024);
+  for (TuInt32 i = 0; i < 200; ++i)
+    table.insert(i);
+  failAllocations(0, INT_MAX);
+  EXPECT_FALSE(table.setTableSize(2048));
+  EXPECT_TRUE(table.validate() && table.entryCount() == 200);
+  table.reinitializeTable();
+  EXPECT_TRUE(table.validate() && table.entryCount() == 0 && table.bucketCount() == 1024);
+  failAllocations(0, 0);
+}
+#endif
+
+} // namespace
