@@ -108,7 +108,7 @@ TdbTrace::TdbTrace(short level, const char* key, TdebugOutput* output, unsigned 
 }
 
 TdbTrace::TdbTrace(short level, const Tstring& key, TdebugOutput* output, unsigned char ownsOutput)
-  : fKey(key)
+  : fKey(key) // NOLINT(modernize-pass-by-value): sharing costs no more than moving
   , fOutput(output)
   , fLevel(level)
   , fOwnsOutput(ownsOutput)

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <sstream>
+
 namespace {
 
 // Takes up to 2000 bytes without an allocation; '|' is a flush.
@@ -55,12 +58,12 @@ TEST(TdebugOutput, CutsNoLine)
   TdebugOutput out(window, 1);
   for (const std::size_t length : {0u, 10u, 76u, 77u, 507u, 508u, 509u, 511u, 512u, 100000u})
   {
-    const std::string text(length, 'x');
+    const std::string text(length, 'x'), piece(length < 78 ? 39 - (length / 2 + 1) : 0, '=');
     out.print("%s!", text.c_str());
-    EXPECT_EQ(window.take(), "   " + text + "!|") << length;
-    const std::string piece(length < 78 ? 39 - (length / 2 + 1) : 0, '=');
     out.printMark(text.c_str());
-    EXPECT_EQ(window.take(), "   " + piece + ' ' + text + ' ' + piece + "\n|") << length;
+    std::ostringstream expected;
+    expected << "   " << text << "!|   " << piece << ' ' << text << ' ' << piece << "\n|";
+    EXPECT_EQ(window.take(), expected.str()) << length;
   }
 #if FAILING_MEMORY
   const std::string text(100000, 'x');
