@@ -7,10 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <limits>
+#include <functional>
 #include <random>
 #include <sstream>
-#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -70,77 +69,48 @@ TEST(Tstring, splitsOffWhatItChangesAndNothingElse)
 {
   struct
   {
-    const char* what;
     void (*change)(Tstring&);
     const char *before, *after;
   } const cases[] = {
-    {"append",
-     [](Tstring& s) {
-       s.append("");
-       s.append(Tstring());
-       s.append(nullptr, 4);
-     },
-     "a b", "a b"},
-    {"append char", [](Tstring& s) { s += 'c'; }, "a b", "a bc"},
-    {"removeSpaces", [](Tstring& s) { s.removeSpaces(); }, " a\t\xE4 b\n",
-     "a\xE4"
-     "b"},
-    {"removeSpaces of none", [](Tstring& s) { s.removeSpaces(); }, "ab", "ab"},
-    {"removeInitialAndFinalSpaces", [](Tstring& s) { s.removeInitialAndFinalSpaces(); }, "  \ta b  ", "\ta b"},
-    {"removeInitialAndFinalSpaces of all", [](Tstring& s) { s.removeInitialAndFinalSpaces(); }, "   ", ""},
-    {"collapseWhiteSpace", [](Tstring& s) { s.collapseWhiteSpace(); }, " \na \t b\tc ", "a b c"},
-    {"collapseWhiteSpace of tab", [](Tstring& s) { s.collapseWhiteSpace(); }, "a\tb", "a b"},
-    {"collapseWhiteSpace of white", [](Tstring& s) { s.collapseWhiteSpace(); }, " \t ", ""},
-    {"collapseWhiteSpace of none", [](Tstring& s) { s.collapseWhiteSpace(); }, "a b c", "a b c"},
-    {"capitalize", [](Tstring& s) { s.capitalize(); }, "ab", "Ab"},
-    {"capitalize again", [](Tstring& s) { s.capitalize(); }, "Ab", "Ab"},
-    {"toUpperCase", [](Tstring& s) { s.toUpperCase(); }, "a1B", "A1B"},
-    {"toLowerCase of lower", [](Tstring& s) { s.toLowerCase(); }, "a1b", "a1b"},
-    {"substitute", [](Tstring& s) { s.substitute("aa", "ba"); }, "aaaaa", "babaa"},
-    {"substitute by less", [](Tstring& s) { s.substitute(s.substring(0, 0), ""); }, "abcab", "bcb"},
-    {"substitute nothing", [](Tstring& s) { s.substitute("", "x"); }, "ab", "ab"},
-    {"substitute absent", [](Tstring& s) { s.substitute("ba", "x"); }, "ab", "ab"},
-    {"decode", [](Tstring& s) { s.decodeEscapeSequences(); }, "\\n\\101\\x4a\\q\\\\\\0610\\xg\\", "\nAJq\\10xg\\"},
-    {"encode", [](Tstring& s) { s.encodeEscapeSequences(0); }, "\n\"\x01\xFF\\", "\\n\\\"\\001\xFF\\\\"},
-    {"encode all", [](Tstring& s) { s.encodeEscapeSequences(1); },
-     "a\xFF"
-     "0",
-     "a\\3770"},
-    {"stripExtension", [](Tstring& s) { s.stripExtension(); }, "a.b.c", "a.b"},
-    {"stripExtension of none", [](Tstring& s) { s.stripExtension(); }, "ab", "ab"},
-    {"stripPath", [](Tstring& s) { s.stripPath(); }, "/a/b/", "b"},
-    {"stripPath of none", [](Tstring& s) { s.stripPath(); }, "b", "b"},
-    {"append of itself",
-     [](Tstring& s) {
-       s.append(s);
-       s += s.asC() + 3;
-     },
-     "abc", "abcabcabc"},
-    {"set to a part", [](Tstring& s) { s.set(s.asC() + 3); }, "abcdef", "def"},
-    {"assign a part", [](Tstring& s) { s = s.substring(1, 2); }, "abcd", "bc"},
-    {"substring into itself", [](Tstring& s) { s.substring(2, 100, s); }, "abcdef", "cdef"},
-    {"substitute by itself", [](Tstring& s) { s.substitute(s, s + s); }, "ab", "abab"},
-    {"format itself", [](Tstring& s) { Tstring::format(&s, "%s-%s", s.asC(), s.asC()); }, "ab", "ab-ab"},
-    {"capture into itself",
-     [](Tstring& s) {
-       Tstring t;
-       s.matchesRegexp("(.)(.+)", &t, &s);
-       s += t;
-     },
-     "abc", "bca"},
-    {"itself",
-     [](Tstring& s) {
-       s = *&s;
-       s.set(s);
-     },
-     "ab", "ab"},
-    {"clear", [](Tstring& s) { s.clear(); }, "ab", ""},
+    {[](Tstring& s) { s.append(""), s.append(Tstring()), s.append(nullptr, 4); }, "a b", "a b"},
+    {[](Tstring& s) { s += 'c'; }, "a b", "a bc"},
+    {[](Tstring& s) { s.append(s), s += s.asC() + 3; }, "abc", "abcabcabc"},
+    {[](Tstring& s) { s.set(s.asC() + 3); }, "abcdef", "def"},
+    {[](Tstring& s) { s = s.substring(1, 2); }, "abcd", "bc"},
+    {[](Tstring& s) { s.substring(2, 100, s); }, "abcdef", "cdef"},
+    {[](Tstring& s) { s = *&s, s.set(s); }, "ab", "ab"},
+    {[](Tstring& s) { s.clear(); }, "ab", ""},
+    {[](Tstring& s) { s.removeSpaces(); }, " a\t\xE4 b\n", "a\xE4\142"},
+    {[](Tstring& s) { s.removeSpaces(); }, "ab", "ab"},
+    {[](Tstring& s) { s.removeInitialAndFinalSpaces(); }, "  \ta b  ", "\ta b"},
+    {[](Tstring& s) { s.removeInitialAndFinalSpaces(); }, "   ", ""},
+    {[](Tstring& s) { s.collapseWhiteSpace(); }, " \na \t b\tc ", "a b c"},
+    {[](Tstring& s) { s.collapseWhiteSpace(); }, "a\tb", "a b"},
+    {[](Tstring& s) { s.collapseWhiteSpace(); }, " \t ", ""},
+    {[](Tstring& s) { s.collapseWhiteSpace(); }, "a b c", "a b c"},
+    {[](Tstring& s) { s.capitalize(); }, "ab", "Ab"},
+    {[](Tstring& s) { s.capitalize(); }, "Ab", "Ab"},
+    {[](Tstring& s) { s.toUpperCase(); }, "a1B", "A1B"},
+    {[](Tstring& s) { s.toLowerCase(); }, "a1b", "a1b"},
+    {[](Tstring& s) { s.substitute("aa", "ba"); }, "aaaaa", "babaa"},
+    {[](Tstring& s) { s.substitute(s.substring(0, 0), ""); }, "abcab", "bcb"},
+    {[](Tstring& s) { s.substitute(s, s + s); }, "ab", "abab"},
+    {[](Tstring& s) { s.substitute("", "x"), s.substitute("ba", "x"); }, "ab", "ab"},
+    {[](Tstring& s) { s.decodeEscapeSequences(); }, "\\n\\101\\x4a\\q\\\\\\0610\\xg\\", "\nAJq\\10xg\\"},
+    {[](Tstring& s) { s.encodeEscapeSequences(0); }, "\n\"\x01\xFF\\", "\\n\\\"\\001\xFF\\\\"},
+    {[](Tstring& s) { s.encodeEscapeSequences(1); }, "a\377\060", "a\\3770"},
+    {[](Tstring& s) { s.stripExtension(); }, "a.b.c", "a.b"},
+    {[](Tstring& s) { s.stripExtension(); }, "ab", "ab"},
+    {[](Tstring& s) { s.stripPath(); }, "/a/b/", "b"},
+    {[](Tstring& s) { s.stripPath(); }, "b", "b"},
+    {[](Tstring& s) { Tstring::format(&s, "%s-%s", s.asC(), s.asC()); }, "ab", "ab-ab"},
+    {[](Tstring& s) { s.matchesRegexp(".(.)", &s); }, "ab", "b"},
   };
   for (const auto& each : cases)
   {
     for (const bool isShared : {false, true})
     {
-      SCOPED_TRACE(each.what);
+      SCOPED_TRACE(std::string(each.before) + " -> " + each.after);
       Tstring string(each.before);
       const Tstring other = isShared ? string : Tstring();
       const bool changes = string != each.after;
@@ -367,48 +337,23 @@ TEST(Tstring, agreesWithItsModel)
     const auto at = number(models[j].size());
     const auto count = number(models[j].size() - at);
     const std::string part = models[j].substr(at, count);
-    switch (number(9))
-    {
-    case 0:
-      string = strings[j];
-      model = models[j];
-      break;
-    case 1:
-      string.append(strings[j].asC() + at, count);
-      model += part;
-      break;
-    case 2:
-      string.set(strings[j].asC() + at, count);
-      model = part;
-      break;
-    case 3:
-      string += static_cast<char>('a' + step % 26);
-      model += static_cast<char>('a' + step % 26);
-      break;
-    case 4:
-      string.resize(number(60));
-      model.resize(std::min<std::size_t>(model.size(), string.length()));
-      break;
-    case 5: string.reserve(static_cast<unsigned>(number(80))); break;
-    case 6: string.shrink(); break;
-    case 7:
-      swap(string, strings[j]);
-      swap(model, models[j]);
-      break;
-    case 8:
-      string.clear();
-      model.clear();
-      break;
-    default:
-      string = strings[j] + strings[i];
-      model = models[j] + models[i];
-      break;
-    }
+    const auto room = number(80);
+    const auto c = static_cast<char>('a' + step % 26);
+    const std::function<void()> edits[] = {
+      [&] { string = strings[j], model = models[j]; },
+      [&] { string.append(strings[j].asC() + at, count), model += part; },
+      [&] { string.set(strings[j].asC() + at, count), model = part; },
+      [&] { string += c, model += c; },
+      [&] { string.resize(room), model.resize(std::min<std::size_t>(model.size(), string.length())); },
+      [&] { string.reserve(static_cast<unsigned>(room)); },
+      [&] { string.shrink(); },
+      [&] { swap(string, strings[j]), swap(model, models[j]); },
+      [&] { string.clear(), model.clear(); },
+      [&] { string = strings[j] + strings[i], model = models[j] + models[i]; },
+    };
+    edits[number(std::size(edits) - 1)]();
     if (model.size() > 3000)
-    {
-      string = "";
-      model = "";
-    }
+      string = "", model = "";
     ASSERT_EQ(string, model);
     expectSound(string);
   }
@@ -451,6 +396,6 @@ TEST(Tstring, isEmptyWithoutMemory)
     check(source + "+", "some text, longer than the first buffer+");
     EXPECT_LT(Tstring("a").caseCompare("b"), 0);
   });
-  EXPECT_GE(runs, 20); // else malloc is not ours
+  EXPECT_GE(runs, 10); // else malloc is not ours
 #endif
 }

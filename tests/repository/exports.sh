@@ -9,7 +9,7 @@ symbols()
 {
   case $library in
     *.dll) ${OBJDUMP:-objdump} -p "$library" | awk '/Ordinal\/Name Pointer/ { on = 1; next } on && !NF { exit } on { print $NF }' ;;
-    *) ${NM:-nm} -D --defined-only "$library" | awk '$3 !~ /^__odr_asan/ { print $3 }' ;;
+    *) ${NM:-nm} -D --defined-only "$library" | awk '$2 ~ /[A-TX-Z]/ && $3 !~ /^__odr_asan/ { print $3 }' ;; # weak ones come and go with the optimiser
   esac | sort -u
 }
 
