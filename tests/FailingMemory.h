@@ -5,6 +5,7 @@
 #pragma once
 
 #include <climits>
+#include <initializer_list>
 
 #if defined(_WIN32) || defined(__SANITIZE_ADDRESS__)
 #  define FAILING_MEMORY 0

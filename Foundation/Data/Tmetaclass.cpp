@@ -90,7 +90,7 @@ void Tmetaclass::registerClass() noexcept
   if (gRegistry.count == gRegistry.capacity)
   {
     const std::size_t capacity = gRegistry.capacity ? 2 * gRegistry.capacity : 128;
-    void* grown = std::realloc(static_cast<void*>(gRegistry.records), capacity * sizeof(Tmetaclass*));
+    void* grown = std::realloc(static_cast<void*>(gRegistry.records), capacity * sizeof(void*));
     if (!grown)
       return;
     gRegistry.records = static_cast<Tmetaclass**>(grown);

@@ -107,6 +107,7 @@ TdbTrace::TdbTrace(short level, const char* key, TdebugOutput* output, unsigned 
 {
 }
 
+// NOLINTNEXTLINE(modernize-pass-by-value): sharing costs no more than moving
 TdbTrace::TdbTrace(short level, const Tstring& key, TdebugOutput* output, unsigned char ownsOutput)
   : fKey(key)
   , fOutput(output)
