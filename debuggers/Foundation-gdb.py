@@ -17,13 +17,11 @@ class TstringPrinter:
         self.data = value["fData"]
 
     def children(self):
-        if self.data == 0:
-            yield "text", gdb.parse_and_eval('""')
-            yield "length", 0
-            return
-        yield "text", chars(self.data + 1, self.data["fLength"])
-        yield "length", self.data["fLength"]
-        yield "shares", self.data["fCount"]
+        length = self.data["fLength"] if self.data != 0 else 0
+        yield "text", chars(self.data + 1, length) if length != 0 else gdb.parse_and_eval('""')
+        yield "length", length
+        if self.data != 0:
+            yield "shares", self.data["fCount"]
 
 
 class TcharStringPrinter:

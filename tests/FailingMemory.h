@@ -4,10 +4,12 @@
 
 #pragma once
 
+#include "Foundation/Platform/Sanitizer.h"
+
 #include <climits>
 #include <initializer_list>
 
-#if defined(_WIN32) || defined(__SANITIZE_ADDRESS__)
+#if defined(_WIN32) || defined(FOUNDATION_ASAN)
 #  define FAILING_MEMORY 0
 #else
 #  define FAILING_MEMORY 1

@@ -7,16 +7,9 @@
 
 #pragma once
 
-#include <cstddef>
+#include "Foundation/Platform/Sanitizer.h"
 
-#ifdef __has_feature // Clang
-#  if __has_feature(address_sanitizer)
-#    define FOUNDATION_ASAN
-#  endif
-#endif
-#ifdef __SANITIZE_ADDRESS__ // GCC
-#  define FOUNDATION_ASAN
-#endif
+#include <cstddef>
 
 #ifdef FOUNDATION_ASAN
 #  include <sanitizer/asan_interface.h>

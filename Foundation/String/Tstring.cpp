@@ -1,5 +1,6 @@
 #include "Foundation/String/Tstring.h"
 
+#include "Foundation/Platform/Sanitizer.h"
 #include "Foundation/Platform/Text.h"
 #include "Foundation/String/TcharString.h"
 #include "Foundation/String/TstringId.h"
@@ -15,6 +16,7 @@
 namespace {
 
 constexpr std::size_t kMaxLength = 0xFFFFFFFF - 35; // what both rules for sizes can still round up
+constexpr std::size_t kNotOwn = ~std::size_t(0);
 constexpr std::size_t kShortBlock = 40;
 constexpr std::size_t kBlockStep = 32; // what append(char) relies on
 
@@ -49,8 +51,10 @@ struct ShortBlocks
   int count, limit; // a limit of 0 before the first and of -1 after the last use
 };
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr int kShortBlocks = -1; // so that it sees what happens to each
+// None with AddressSanitizer, so that it sees what happens to each; and none on Windows, where the variables of a
+// thread are gone before its destructors run.
+#if defined(FOUNDATION_ASAN) || defined(_WIN32)
+constexpr int kShortBlocks = -1;
 #else
 constexpr int kShortBlocks = 64;
 #endif
@@ -85,7 +89,11 @@ void* takeBlock(std::size_t size)
 {
   ShortBlocks& blocks = gShortBlocks;
   if (size > kShortBlock || !blocks.first)
+  {
+    if (blocks.limit == 0) // early, since what begins in the last destructors of a thread does not end
+      beginShortBlocks();
     return std::malloc(blockSize(size));
+  }
   void* const block = blocks.first;
   std::memcpy(&blocks.first, block, sizeof block);
   --blocks.count;
@@ -204,7 +212,7 @@ bool regMatch(std::string_view text, const char* pattern)
     if (at == end)
       return !*pattern;
     const bool quoted = *pattern == '\\' && pattern[1];
-    if (*pattern && ((!quoted && *pattern == '?') || pattern[quoted] == *at))
+    if (*pattern && (*pattern == '?' || pattern[quoted] == *at))
     {
       pattern += quoted ? 2 : 1;
       ++at;
@@ -250,6 +258,7 @@ void appendFormatted(Tstring& string, const char* format, ...)
   va_end(arguments);
 }
 
+constexpr int kDeepestGroup = 256;
 constexpr long kDefaultPrecision = 6;
 constexpr long kAllDigits = 1100; // no double has as many, and "%lg" leaves out zeros at the end
 
@@ -344,13 +353,27 @@ void Tstring::assign(const char* text, std::size_t length) noexcept
 {
   if (length == 0)
     return clear();
-  // A text inside our own is not moved by this: if the buffer is ours alone it is long enough, and if it is shared the
-  // others keep it.
-  TstringData::grow(fData, length, 0);
+  // A part of our own text moves with it; if the text is shared, the others keep it where it is.
+  const std::size_t offset = offsetOf(text);
+  const bool isOwn = offset != kNotOwn && fData->fCount == 1;
+  TstringData::grow(fData, length, isOwn);
   if (!fData)
     return;
-  std::memmove(fData->text(), text, length);
+  std::memmove(fData->text(), isOwn ? fData->text() + offset : text, length);
   setLength(fData, length);
+}
+
+// Where \p text begins in our own, its end included, or kNotOwn.
+std::size_t Tstring::offsetOf(const char* text) const noexcept
+{
+  const std::size_t offset = reinterpret_cast<std::uintptr_t>(text) - reinterpret_cast<std::uintptr_t>(asC());
+  return fData && offset <= fData->fLength ? offset : kNotOwn;
+}
+
+long Tstring::set(std::string_view text) noexcept
+{
+  assign(text.data(), text.size());
+  return 0;
 }
 
 long Tstring::set(const Tstring& other) noexcept
@@ -403,7 +426,7 @@ void Tstring::vformat(Tstring* result, const char* pattern, va_list arguments) n
     return text.swap(*result);
   while (const char* const percent = std::strchr(pattern, '%'))
   {
-    const char* const width = percent + 1 + std::strspn(percent + 1, "-+ #0");
+    const char* const width = percent + 1 + std::strspn(percent + 1, "-+ #0'");
     const char* const precision = width + std::strspn(width, "*0123456789");
     const char* const size = precision + (*precision == '.' ? 1 + std::strspn(precision + 1, "*0123456789") : 0);
     const char* const conversion = size + std::strspn(size, "hljztLI");
@@ -413,7 +436,10 @@ void Tstring::vformat(Tstring* result, const char* pattern, va_list arguments) n
       format.append(pattern, static_cast<unsigned long>(percent - pattern));
       format.append("%- ");
       format.append(width, static_cast<unsigned long>(precision - width));
-      format.append(*precision == '.' ? Tstring(precision, static_cast<unsigned long>(size - precision)) : ".6");
+      if (*precision == '.')
+        format.append(precision, static_cast<unsigned long>(size - precision));
+      else
+        format.append(".6");
       format.append(*size == 'L' ? "Lg" : "lg");
     }
     else
@@ -475,13 +501,11 @@ long Tstring::append(const char* text, unsigned long length) noexcept
   if (!text || length == 0)
     return 0;
   const std::size_t before = this->length();
-  // A part of our own text moves with it.
-  const std::size_t offset = reinterpret_cast<std::uintptr_t>(text) - reinterpret_cast<std::uintptr_t>(asC());
-  const bool isOwn = offset < before;
+  const std::size_t offset = offsetOf(text);
   TstringData::grow(fData, sum(before, 1, length), 1);
   if (!fData)
     return 0;
-  std::memcpy(fData->text() + before, isOwn ? fData->text() + offset : text, length);
+  std::memmove(fData->text() + before, offset != kNotOwn ? fData->text() + offset : text, length);
   setLength(fData, before + length);
   return 0;
 }
@@ -642,7 +666,7 @@ void Tstring::toLowerCase() noexcept
 
 long Tstring::substitute(const Tstring& from, const Tstring& to) noexcept
 {
-  if (from.empty())
+  if (from.empty() || from == to)
     return 0;
   std::size_t count = 0;
   std::string_view rest(*this);
@@ -869,6 +893,15 @@ bool Tstring::matchesRegexp(const char* pattern, Tstring* capture1, Tstring* cap
                             Tstring* capture8, Tstring* capture9) const noexcept
 {
   const std::string_view given = view(pattern);
+  // The system's matchers recurse into parentheses.
+  int depth = 0, deepest = 0;
+  for (const char c : given)
+  {
+    depth += c == '(' ? 1 : c == ')' && depth != 0 ? -1 : 0;
+    deepest = std::max(deepest, depth);
+  }
+  if (deepest > kDeepestGroup)
+    return false;
   const bool isAnchored = !given.empty() && (given.front() == '^' || given.back() == '$');
   Tstring expression;
   format(&expression, isAnchored ? "%s" : "^%s$", given.empty() ? "" : given.data());

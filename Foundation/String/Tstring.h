@@ -19,8 +19,13 @@
 #include <type_traits>
 #include <utility>
 
+class Tstring;
 class TstringArray;
 class TstringId;
+
+template <class Text>
+using TisOtherText =
+  std::enable_if_t<std::is_convertible_v<const Text&, std::string_view> && !std::is_base_of_v<Tstring, Text>, int>;
 
 /// A shared, counted, zero-terminated text of bytes.
 ///
@@ -105,32 +110,25 @@ public:
   }
 
   /// An empty string with room for \p capacity characters; without a buffer when that is not positive.
-  template <class Number, std::enable_if_t<std::is_integral_v<Number> && (sizeof(Number) > 1), int> = 0>
+  template <class Number, std::enable_if_t<std::is_integral_v<Number> && !std::is_same_v<Number, bool> &&
+                                             !std::is_same_v<Number, char> && !std::is_same_v<Number, wchar_t>,
+                                           int> = 0>
   explicit Tstring(Number capacity) noexcept
-    : fData(capacity > 0 ? TstringData::create(std::size_t(capacity)) : nullptr)
+    : fData(capacity > 0
+              ? TstringData::create(std::is_same_v<Number, std::size_t> || capacity < 0x7FFFFFFF ? std::size_t(capacity)
+                                                                                                 : ~std::size_t(0))
+              : nullptr)
   {
   }
 
-  Tstring& operator=(const Tstring& other) noexcept
-  {
-    set(other);
-    return *this;
-  }
+  Tstring& operator=(const Tstring& other) noexcept { return set(other), *this; }
   Tstring& operator=(Tstring&& other) noexcept
   {
     Tstring(std::move(other)).swap(*this);
     return *this;
   }
-  Tstring& operator=(const char* text) noexcept
-  {
-    set(text);
-    return *this;
-  }
-  Tstring& operator=(const TstringId& id) noexcept
-  {
-    set(id);
-    return *this;
-  }
+  Tstring& operator=(const char* text) noexcept { return set(text), *this; }
+  Tstring& operator=(const TstringId& id) noexcept { return set(id), *this; }
 
   void swap(Tstring& other) noexcept { std::swap(fData, other.fData); }
   friend void swap(Tstring& left, Tstring& right) noexcept { left.swap(right); }
@@ -140,16 +138,15 @@ public:
   long set(const char* text, unsigned long length) noexcept;
   long set(const Tstring& other) noexcept;
   long set(const TstringId& id) noexcept;
-  template <class... Text>
-  long copy(const Text&... text) noexcept
-  {
-    return set(text...);
-  }
-  template <class... Text>
-  long copyChar(const Text&... text) noexcept
-  {
-    return set(text...);
-  }
+  long set(std::string_view text) noexcept;
+  long copy(const char* text) noexcept { return set(text); }
+  long copy(const char* text, unsigned long length) noexcept { return set(text, length); }
+  long copy(const Tstring& other) noexcept { return set(other); }
+  long copy(const TstringId& id) noexcept { return set(id); }
+  long copyChar(const char* text) noexcept { return set(text); }
+  long copyChar(const char* text, unsigned long length) noexcept { return set(text, length); }
+  long copyChar(const Tstring& other) noexcept { return set(other); }
+  long copyChar(const TstringId& id) noexcept { return set(id); }
 
   /// Write a number in decimal. A double gets \p precision significant digits; 0 stands for 6, as without it, and a
   /// negative one leaves the choice to the C library.
@@ -190,10 +187,11 @@ public:
   /// Makes the buffer unshared and \p capacity characters wide at least. \p keep 0 may drop the text.
   void reserve(unsigned int capacity, unsigned char keep = 1) noexcept;
 
-  /// Makes the buffer unshared and \p capacity characters wide, and cuts a longer text there.
+  /// Makes the buffer unshared and \p capacity characters wide, and cuts a longer text there. A shared text that is
+  /// made no wider gets a buffer for its own length at most.
   void resize(unsigned long capacity) noexcept;
 
-  /// Gives back the room that the text does not need.
+  /// Gives back the room that the text does not need. A shared text is split off.
   void shrink() noexcept { resize(length()); }
 
   /// Empties the string. An unshared buffer is kept for the next text.
@@ -212,7 +210,8 @@ public:
     const TuInt32 length = fData->fLength;
     if (length == fData->fCapacity)
     {
-      // Blocks end at multiples of 32 bytes; before that the next growth, by 4, asks for no other.
+      // Blocks end at multiples of 32 bytes; before that the next growth, by 4, asks for no other. Compiled into users
+      // of the library: it cannot change without them.
       if (length <= 24 || length % 32 == 16)
         return append(&c, 1);
       fData->fCapacity = length + 4;
@@ -223,24 +222,24 @@ public:
     end[1] = '\0';
     return 0;
   }
-  template <class... Text>
-  long catenate(const Text&... text) noexcept
-  {
-    return append(text...);
-  }
-  template <class... Text>
-  long appendChar(const Text&... text) noexcept
-  {
-    return append(text...);
-  }
+  long append(std::string_view text) noexcept { return append(text.data(), static_cast<unsigned long>(text.size())); }
+  long catenate(const Tstring& text) noexcept { return append(text); }
+  long catenate(const TstringId& id) noexcept { return append(id); }
+  long catenate(const char* text) noexcept { return append(text); }
+  long catenate(const char* text, unsigned long length) noexcept { return append(text, length); }
+  long catenate(char c) noexcept { return append(c); }
+  long appendChar(const Tstring& text) noexcept { return append(text); }
+  long appendChar(const TstringId& id) noexcept { return append(id); }
+  long appendChar(const char* text) noexcept { return append(text); }
+  long appendChar(const char* text, unsigned long length) noexcept { return append(text, length); }
+  long appendChar(char c) noexcept { return append(c); }
   long appendSpace() noexcept { return append(' '); }
   long appendNewline() noexcept { return append('\n'); }
-  template <class Text>
-  Tstring& operator+=(const Text& text) noexcept
-  {
-    append(text);
-    return *this;
-  }
+  Tstring& operator+=(const Tstring& text) noexcept { return append(text), *this; }
+  Tstring& operator+=(const TstringId& id) noexcept { return append(id), *this; }
+  Tstring& operator+=(const char* text) noexcept { return append(text), *this; }
+  Tstring& operator+=(std::string_view text) noexcept { return append(text), *this; }
+  Tstring& operator+=(char c) noexcept { return append(c), *this; }
   friend Tstring operator+(const Tstring& left, const Tstring& right) noexcept { return joined(left, right); }
   friend Tstring operator+(const Tstring& left, const char* right) noexcept { return joined(left, view(right)); }
 
@@ -265,11 +264,74 @@ public:
   friend bool operator>(const Tstring& left, const Tstring& right) noexcept { return compared(left, right) > 0; }
   friend bool operator>=(const Tstring& left, const Tstring& right) noexcept { return compared(left, right) >= 0; }
 
+  // With texts of other classes, on either side; a null `const char*` is "".
+  template <class Text, TisOtherText<Text> = 0>
+  friend bool operator==(const Tstring& left, const Text& right) noexcept
+  {
+    return left.compare(right) == 0;
+  }
+  template <class Text, TisOtherText<Text> = 0>
+  friend bool operator!=(const Tstring& left, const Text& right) noexcept
+  {
+    return left.compare(right) != 0;
+  }
+  template <class Text, TisOtherText<Text> = 0>
+  friend bool operator<(const Tstring& left, const Text& right) noexcept
+  {
+    return left.compare(right) < 0;
+  }
+  template <class Text, TisOtherText<Text> = 0>
+  friend bool operator<=(const Tstring& left, const Text& right) noexcept
+  {
+    return left.compare(right) <= 0;
+  }
+  template <class Text, TisOtherText<Text> = 0>
+  friend bool operator>(const Tstring& left, const Text& right) noexcept
+  {
+    return left.compare(right) > 0;
+  }
+  template <class Text, TisOtherText<Text> = 0>
+  friend bool operator>=(const Tstring& left, const Text& right) noexcept
+  {
+    return left.compare(right) >= 0;
+  }
+  template <class Text, TisOtherText<Text> = 0>
+  friend bool operator==(const Text& left, const Tstring& right) noexcept
+  {
+    return right.compare(left) == 0;
+  }
+  template <class Text, TisOtherText<Text> = 0>
+  friend bool operator!=(const Text& left, const Tstring& right) noexcept
+  {
+    return right.compare(left) != 0;
+  }
+  template <class Text, TisOtherText<Text> = 0>
+  friend bool operator<(const Text& left, const Tstring& right) noexcept
+  {
+    return right.compare(left) > 0;
+  }
+  template <class Text, TisOtherText<Text> = 0>
+  friend bool operator<=(const Text& left, const Tstring& right) noexcept
+  {
+    return right.compare(left) >= 0;
+  }
+  template <class Text, TisOtherText<Text> = 0>
+  friend bool operator>(const Text& left, const Tstring& right) noexcept
+  {
+    return right.compare(left) < 0;
+  }
+  template <class Text, TisOtherText<Text> = 0>
+  friend bool operator>=(const Text& left, const Tstring& right) noexcept
+  {
+    return right.compare(left) <= 0;
+  }
+
   /// The hash of the library's own tables: h = h << 1 ^ byte, sign-extended, over the text; then h ^ h >> 10 ^ h >> 20.
   /// 0xFFFFFFFF for an empty string. std::hash is that of the string_view.
   TuInt32 hash() const noexcept;
 
-  // Search. The position found, -1 without one. At C library speed.
+  // Search. The position found, -1 without one. At C library speed; findstr on Windows in the product of the lengths at
+  // worst.
 
   long index(char c, unsigned long start = 0) const noexcept;
   long findchr(char c) const noexcept { return index(c); }
@@ -346,9 +408,10 @@ public:
   bool matches(const char* pattern) const noexcept;
   bool matches(const Tstring& pattern) const noexcept { return matches(pattern.asC()); }
 
-  /// Whether the extended POSIX regular expression \p pattern describes the text: all of it, unless the pattern begins
-  /// with '^' or ends with '$' itself. Then each capture that is not null gets the text of its parentheses, in order,
-  /// and "" when they took no part. A pattern that is no expression describes nothing.
+  /// Whether the extended POSIX regular expression \p pattern describes the text. It is taken as "^pattern$", of which
+  /// alternatives need parentheses of their own, unless it begins with '^' or ends with '$'. Each capture that is not
+  /// null gets the text of its parentheses, in order, and "" when they took no part. A pattern that is no expression,
+  /// or nests more than 256 parentheses, describes nothing.
   bool matchesRegexp(const char* pattern, Tstring* capture1 = nullptr, Tstring* capture2 = nullptr,
                      Tstring* capture3 = nullptr, Tstring* capture4 = nullptr, Tstring* capture5 = nullptr,
                      Tstring* capture6 = nullptr, Tstring* capture7 = nullptr, Tstring* capture8 = nullptr,
@@ -365,78 +428,12 @@ private:
 
   TstringData* data() const noexcept { return length() ? fData : nullptr; }
   void assign(const char* text, std::size_t length) noexcept;
+  std::size_t offsetOf(const char* text) const noexcept;
   char* writable() noexcept;
   void change(unsigned long count, char (*convert)(char)) noexcept;
 
   TstringData* fData = nullptr;
 };
-
-// Comparison with texts of other classes, on either side; a null `const char*` is "".
-
-template <class Text>
-using TisOtherText =
-  std::enable_if_t<std::is_convertible_v<const Text&, std::string_view> && !std::is_base_of_v<Tstring, Text>, int>;
-
-template <class Text, TisOtherText<Text> = 0>
-bool operator==(const Tstring& left, const Text& right) noexcept
-{
-  return left.compare(right) == 0;
-}
-template <class Text, TisOtherText<Text> = 0>
-bool operator!=(const Tstring& left, const Text& right) noexcept
-{
-  return left.compare(right) != 0;
-}
-template <class Text, TisOtherText<Text> = 0>
-bool operator<(const Tstring& left, const Text& right) noexcept
-{
-  return left.compare(right) < 0;
-}
-template <class Text, TisOtherText<Text> = 0>
-bool operator<=(const Tstring& left, const Text& right) noexcept
-{
-  return left.compare(right) <= 0;
-}
-template <class Text, TisOtherText<Text> = 0>
-bool operator>(const Tstring& left, const Text& right) noexcept
-{
-  return left.compare(right) > 0;
-}
-template <class Text, TisOtherText<Text> = 0>
-bool operator>=(const Tstring& left, const Text& right) noexcept
-{
-  return left.compare(right) >= 0;
-}
-template <class Text, TisOtherText<Text> = 0>
-bool operator==(const Text& left, const Tstring& right) noexcept
-{
-  return right.compare(left) == 0;
-}
-template <class Text, TisOtherText<Text> = 0>
-bool operator!=(const Text& left, const Tstring& right) noexcept
-{
-  return right.compare(left) != 0;
-}
-template <class Text, TisOtherText<Text> = 0>
-bool operator<(const Text& left, const Tstring& right) noexcept
-{
-  return right.compare(left) > 0;
-}
-template <class Text, TisOtherText<Text> = 0>
-bool operator<=(const Text& left, const Tstring& right) noexcept
-{
-  return right.compare(left) >= 0;
-}
-template <class Text, TisOtherText<Text> = 0>
-bool operator>(const Text& left, const Tstring& right) noexcept
-{
-  return right.compare(left) < 0;
-}
-template <class Text, TisOtherText<Text> = 0>
-bool operator>=(const Text& left, const Tstring& right) noexcept
-{
-  return right.compare(left) <= 0;
-}
 
 FOUNDATION_API std::ostream& operator<<(std::ostream& out, const Tstring& text);
 

@@ -43,8 +43,9 @@ public:
     : fText(text)
   {
   }
-  explicit TstringId(TuInt32 id) noexcept
-    : fId(id)
+  template <class Number, std::enable_if_t<std::is_integral_v<Number>, int> = 0>
+  explicit TstringId(Number id) noexcept
+    : fId(TuInt32(id))
     , fKind(kNumber)
   {
   }

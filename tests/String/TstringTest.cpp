@@ -62,6 +62,7 @@ TEST(Tstring, sizesItsBuffersByTwoRules)
   }
   text.resize(3);
   EXPECT_EQ(text, "abc");
+  text.clear();
   EXPECT_EQ(capacity(text), 4u);
 }
 
@@ -80,12 +81,15 @@ TEST(Tstring, splitsOffWhatItChangesAndNothingElse)
     {[](Tstring& s) { s.substring(2, 100, s); }, "abcdef", "cdef"},
     {[](Tstring& s) { s = *&s, s.set(s); }, "ab", "ab"},
     {[](Tstring& s) { s.clear(); }, "ab", ""},
+    {[](Tstring& s) { s.reserve(100, 0); }, "ab", ""},
+    {[](Tstring& s) { s.append(s.asC(), s.length() + 1), s.resize(s.length() - 1); }, "abc", "abcabc"},
     {[](Tstring& s) { s.removeSpaces(); }, " a\t\xE4 b\n", "a\xE4\142"},
     {[](Tstring& s) { s.removeSpaces(); }, "ab", "ab"},
     {[](Tstring& s) { s.removeInitialAndFinalSpaces(); }, "  \ta b  ", "\ta b"},
     {[](Tstring& s) { s.removeInitialAndFinalSpaces(); }, "   ", ""},
     {[](Tstring& s) { s.collapseWhiteSpace(); }, " \na \t b\tc ", "a b c"},
     {[](Tstring& s) { s.collapseWhiteSpace(); }, "a\tb", "a b"},
+    {[](Tstring& s) { s.collapseWhiteSpace(); }, "a  b", "a b"},
     {[](Tstring& s) { s.collapseWhiteSpace(); }, " \t ", ""},
     {[](Tstring& s) { s.collapseWhiteSpace(); }, "a b c", "a b c"},
     {[](Tstring& s) { s.capitalize(); }, "ab", "Ab"},
@@ -96,15 +100,15 @@ TEST(Tstring, splitsOffWhatItChangesAndNothingElse)
     {[](Tstring& s) { s.substitute(s.substring(0, 0), ""); }, "abcab", "bcb"},
     {[](Tstring& s) { s.substitute(s, s + s); }, "ab", "abab"},
     {[](Tstring& s) { s.substitute("", "x"), s.substitute("ba", "x"); }, "ab", "ab"},
-    {[](Tstring& s) { s.decodeEscapeSequences(); }, "\\n\\101\\x4a\\q\\\\\\0610\\xg\\", "\nAJq\\10xg\\"},
+    {[](Tstring& s) { s.decodeEscapeSequences(); }, "\\n\\101\\x4A\\q\\\\\\0610\\xg\\", "\nAJq\\10xg\\"},
     {[](Tstring& s) { s.encodeEscapeSequences(0); }, "\n\"\x01\xFF\\", "\\n\\\"\\001\xFF\\\\"},
-    {[](Tstring& s) { s.encodeEscapeSequences(1); }, "a\377\060", "a\\3770"},
+    {[](Tstring& s) { s.encodeEscapeSequences(1); }, "a\200\1770", "a\\200\\1770"},
     {[](Tstring& s) { s.stripExtension(); }, "a.b.c", "a.b"},
     {[](Tstring& s) { s.stripExtension(); }, "ab", "ab"},
     {[](Tstring& s) { s.stripPath(); }, "/a/b/", "b"},
     {[](Tstring& s) { s.stripPath(); }, "b", "b"},
     {[](Tstring& s) { Tstring::format(&s, "%s-%s", s.asC(), s.asC()); }, "ab", "ab-ab"},
-    {[](Tstring& s) { s.matchesRegexp(".(.)", &s); }, "ab", "b"},
+    {[](Tstring& s) { s.matchesRegexp(".((.)c)", &s, &s); }, "abc", "b"},
   };
   for (const auto& each : cases)
   {
@@ -134,15 +138,12 @@ TEST(Tstring, comparesFindsAndCuts)
   EXPECT_EQ(text.index('c', ULONG_MAX), -1);
   EXPECT_EQ(text.rindex('c'), 8);
   EXPECT_EQ(text.rindex('c', 7), 2);
-  EXPECT_EQ(text.rindex('x'), -1);
   EXPECT_EQ(Tstring().rindex('x'), -1);
   EXPECT_EQ(text.findstr("fab"), 5);
   EXPECT_EQ(text.findstr("abd"), -1);
-  EXPECT_EQ(Tstring().findstr(""), -1);
+  EXPECT_TRUE(Tstring("a?").isWildCard() && Tstring("*").isWildCard() && !text.isWildCard());
   EXPECT_EQ(text[ULONG_MAX], '\0');
-  EXPECT_TRUE(text.substring(3, 2).empty());
-  EXPECT_TRUE(text.substring(9, 9).empty());
-  EXPECT_TRUE(Tstring().substring(0, ULONG_MAX).empty());
+  EXPECT_EQ(text.substring(3, 2) + text.substring(9, 9) + Tstring().substring(0, ULONG_MAX), "");
   EXPECT_EQ(data(text.substring(0, ULONG_MAX)), data(text));
   EXPECT_EQ(text.substring(8, ULONG_MAX), "c");
 
@@ -155,7 +156,7 @@ TEST(Tstring, comparesFindsAndCuts)
   EXPECT_TRUE(Tstring(4u) == Tstring() && Tstring("a\0b", 3) != Tstring("a"));
 
   EXPECT_EQ(Tstring().hash(), 0xFFFFFFFFu);
-  EXPECT_EQ(Tstring("a").hash(), 0x61u);
+  EXPECT_EQ(Tstring("abcdefghijklmnopqrstuvwxyz0123456789ABCDEFGH").hash(), 0x1E078B34u);
   EXPECT_EQ(Tstring("ab").hash(), 0xA0u);
   EXPECT_EQ(Tstring("\x80").hash(), 0xFFFFFF80u ^ (0xFFFFFF80u >> 10) ^ (0xFFFFFF80u >> 20));
 
@@ -173,9 +174,9 @@ TEST(Tstring, takesPathsApartAsPosixDoes)
     {"name", "", "name", "name", "."},
     {"a.b.c", "c", "a.b", "a.b.c", "."},
     {".profile", "profile", "", ".profile", "."},
-    {"/usr/lib", "", "/usr/lib", "lib", "/usr"},
+
     {"/usr/", "", "/usr/", "usr", "/"},
-    {"/", "", "/", "/", "/"},
+
     {"//", "", "//", "/", "/"},
     {"", "", "", ".", "."},
     {"a//b//", "", "a//b//", "b", "a"},
@@ -190,6 +191,9 @@ TEST(Tstring, takesPathsApartAsPosixDoes)
     EXPECT_EQ(path.baseName(), each.base);
     EXPECT_EQ(path.directoryPath(), each.directory);
   }
+  Tstring root;
+  root.root("a.b");
+  EXPECT_EQ(root, "a");
   const std::string deep(5000, 'd');
   EXPECT_EQ(Tstring("/" + deep + "/x/y").directoryPath(), "/" + deep + "/x");
 }
@@ -209,12 +213,10 @@ TEST(Tstring, readsAndWritesNumbers)
     {"", false, false, false, 0, 0, 0},
     {"\t+7\t", true, true, true, 7, 7, 7},
     {"\n7", false, false, false, 7, 7, 7},
-    {"-", false, false, false, 0, 0, 0},
     {"99999999999", true, true, true, INT32_MAX, UINT32_MAX, 99999999999.},
     {"-99999999999999999999", true, false, true, INT32_MIN, UINT32_MAX, -1e20},
     {"1.5e3 ", false, false, true, 1, 1, 1500},
     {"0x1p4", false, false, true, 0, 0, 16},
-    {"1e", false, false, false, 1, 1, 1},
     {"x", false, false, false, 0, 0, 0},
   };
   for (const auto& each : cases)
@@ -231,15 +233,21 @@ TEST(Tstring, readsAndWritesNumbers)
   Tstring text("old");
   text.setInt32(INT32_MIN);
   EXPECT_EQ(text, "-2147483648");
+  text.setUInt32(UINT32_MAX);
+  EXPECT_EQ(text, "4294967295");
+  EXPECT_EQ(Tstring("40000").asInt16() + Tstring("0.5").asFloat(), -25535.5F);
   const double value = 123456.789012;
-  const std::pair<long, const char*> doubles[] = {
-    {0, "123457"}, {-3, "123457"}, {9, "123456.789"}, {LONG_MAX, nullptr}, {LONG_MIN, "123457"}};
+  const std::pair<long, const char*> doubles[] = {{0, "123457"},
+                                                  {-3, "123457"},
+                                                  {9, "123456.789"},
+                                                  {LONG_MAX, "123456.78901199999381788074970245361328125"},
+                                                  {LONG_MIN, "123457"}};
   for (const auto& [precision, expected] : doubles)
   {
     text.setDouble(value, precision);
-    EXPECT_TRUE(expected ? text == expected : text.asDouble() == value) << text;
+    EXPECT_EQ(text, expected);
   }
-  Tstring::format(&text, "%d|%5s|%-3c|%g|%8.3f|%*.*e|%%|%ld", 7, "ab", 'c', 1.5, -2.25, 9, 2, 0.001, LONG_MIN);
+  Tstring::format(&text, "%d|%5s|%-3c|%g|%+08.3Lf|%*.*e|%%|%ld", 7, "ab", 'c', 1.5, -2.25L, 9, 2, 0.001, LONG_MIN);
   EXPECT_EQ(text, "7|   ab|c  | 1.5|-2.25   | 0.001   |%|" + std::to_string(LONG_MIN));
   Tstring::format(&text, "%1000.400f|%s", 1e300, std::string(3000, 'x').c_str());
   EXPECT_EQ(text.length(), 4001u);
@@ -254,10 +262,9 @@ TEST(Tstring, matchesPatterns)
     const char *text, *pattern;
     bool matches;
   } const cases[] = {
-    {"abc", "a*c", true},  {"ac", "a*c", true},    {"abcd", "a*c", false},
-    {"a*", "a\\*", true},  {"ab", "a\\*", false},  {"abc", "a?c", true},
-    {"ac", "a?c", false},  {"abc", "*", true},     {"abc", "**?", true},
-    {"a", "??", false},    {"abcbc", "*bc", true}, {"a\\", "a\\", true},
+    {"ac", "a*c", true},   {"abcd", "a*c", false}, {"a*", "a\\*", true},
+    {"ab", "a\\*", false}, {"abc", "a?c", true},   {"ac", "a?c", false},
+    {"abc", "**?", true},  {"abcbc", "*bc", true}, {"a\\", "a\\", true},
     {"a", "", false},      {"", "", false},        {"", "*", false},
     {"", nullptr, true},   {"a", nullptr, false},  {"mississippi", "m*is*p?i", true},
     {"ABC", "abc", false},
@@ -319,7 +326,6 @@ TEST(TstringId, isLookedUpWhenItIsAskedFor)
   text.catenate(TstringId(5));
   EXPECT_EQ(text, "five6x5");
   EXPECT_EQ(TstringCatalog::install(nullptr), &catalog);
-  EXPECT_TRUE(known.isCatalog() && !known.isNumeric() && TstringId(5).isNumeric());
 }
 
 // Random edits of strings that share their texts, beside std::string.
@@ -343,7 +349,10 @@ TEST(Tstring, agreesWithItsModel)
       [&] { string = strings[j], model = models[j]; },
       [&] { string.append(strings[j].asC() + at, count), model += part; },
       [&] { string.set(strings[j].asC() + at, count), model = part; },
-      [&] { string += c, model += c; },
+      [&] {
+        for (auto n = room; n != 0; --n)
+          string += c, model += c;
+      },
       [&] { string.resize(room), model.resize(std::min<std::size_t>(model.size(), string.length())); },
       [&] { string.reserve(static_cast<unsigned>(room)); },
       [&] { string.shrink(); },
@@ -367,6 +376,9 @@ TEST(Tstring, isEmptyWithoutMemory)
   text.reserve(UINT_MAX);
   EXPECT_EQ(data(text), nullptr);
 #if FAILING_MEMORY
+  Tstring held[70]; // so that no short block is left over
+  for (Tstring& each : held)
+    each = "a";
   // Each step leaves its right result or an empty string. Regular expressions stay away: the system's own fail badly.
   const int runs = forEachFailingAllocation([] {
     const Tstring source("some text, longer than the first buffer");
@@ -388,8 +400,8 @@ TEST(Tstring, isEmptyWithoutMemory)
     result = source;
     result.removeSpaces();
     check(result, "sometext,longerthanthefirstbuffer");
-    Tstring::format(&result, "%s %.3f", source.asC(), 0.5);
-    check(result, "some text, longer than the first buffer  0.5");
+    Tstring::format(&result, "%s %.3f", source.asC(), 0.123456);
+    check(result, "some text, longer than the first buffer  0.123");
     result.set("\n");
     result.encodeEscapeSequences(0);
     check(result, "\\n");

@@ -3,7 +3,7 @@
 
 int main()
 {
-  const Tstring empty, text("left \"arm\"\n"), sharing = text;
+  const Tstring empty, blank(5), text("left \"arm\"\n"), sharing = text;
   const TcharString borrowed("borrowed");
-  return empty.empty() && text == sharing && borrowed.length() == 8 ? 0 : 1; // stop here
+  return empty == blank && text == sharing && borrowed.length() == 8 ? 0 : 1; // stop here
 }

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
+#include <exception>
 #include <string>
 
 namespace Platform {
@@ -41,7 +42,7 @@ try
 {
   return std::wcscoll(folded(left).c_str(), folded(right).c_str());
 }
-catch (const std::bad_alloc&)
+catch (const std::exception&)
 {
   return std::strcmp(left, right);
 }
