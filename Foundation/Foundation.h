@@ -47,6 +47,7 @@
 #include "Foundation/Memory/TthreadArena.h"
 #include "Foundation/Memory/TvariantArena.h"
 #include "Foundation/Platform/Export.h"
+#include "Foundation/Platform/Sanitizer.h"
 #include "Foundation/Platform/Types.h"
 #include "Foundation/String/TcharString.h"
 #include "Foundation/String/TfilePath.h"

@@ -2,6 +2,7 @@
 
 #include "Foundation/Platform/Sanitizer.h"
 #include "Foundation/Platform/Text.h"
+#include "Foundation/Platform/Thread.h"
 #include "Foundation/String/TcharString.h"
 #include "Foundation/String/TstringId.h"
 
@@ -51,10 +52,8 @@ struct ShortBlocks
   int count, limit; // a limit of 0 before the first and of -1 after the last use
 };
 
-// None with AddressSanitizer, so that it sees what happens to each; and none on Windows, where the variables of a
-// thread are gone before its destructors run.
-#if defined(FOUNDATION_ASAN) || defined(_WIN32)
-constexpr int kShortBlocks = -1;
+#ifdef FOUNDATION_ASAN
+constexpr int kShortBlocks = -1; // none, so that it sees what happens to each
 #else
 constexpr int kShortBlocks = 64;
 #endif
@@ -64,36 +63,26 @@ constexpr int kShortBlocks = 64;
 #endif
 constinit thread_local ShortBlocks gShortBlocks = {};
 
-// Frees them when the thread ends.
-struct ShortBlocksEnd
+void endShortBlocks()
 {
-  ~ShortBlocksEnd()
+  while (void* const block = gShortBlocks.first)
   {
-    while (void* const block = gShortBlocks.first)
-    {
-      std::memcpy(&gShortBlocks.first, block, sizeof block);
-      std::free(block);
-    }
-    gShortBlocks.limit = -1;
+    std::memcpy(&gShortBlocks.first, block, sizeof block);
+    std::free(block);
   }
-};
+  gShortBlocks.limit = -1;
+}
 
 [[gnu::noinline]] void beginShortBlocks()
 {
-  static thread_local const ShortBlocksEnd end;
-  static_cast<void>(&end);
-  gShortBlocks.limit = kShortBlocks;
+  gShortBlocks.limit = Platform::callAtThreadEnd(endShortBlocks) ? kShortBlocks : -1;
 }
 
 void* takeBlock(std::size_t size)
 {
   ShortBlocks& blocks = gShortBlocks;
   if (size > kShortBlock || !blocks.first)
-  {
-    if (blocks.limit == 0) // early, since what begins in the last destructors of a thread does not end
-      beginShortBlocks();
     return std::malloc(blockSize(size));
-  }
   void* const block = blocks.first;
   std::memcpy(&blocks.first, block, sizeof block);
   --blocks.count;

@@ -13,6 +13,12 @@
 #include <unordered_map>
 #include <vector>
 
+#ifdef __GLIBC__
+#  include <malloc.h>
+#  include <pthread.h>
+#  include <thread>
+#endif
+
 namespace {
 
 // A string is one pointer to its buffer, so the tests can look at the buffer as any owner would.
@@ -411,3 +417,31 @@ TEST(Tstring, isEmptyWithoutMemory)
   EXPECT_GE(runs, 10); // else malloc is not ours
 #endif
 }
+
+#ifdef __GLIBC__
+// Whichever thread made a short text, and however late in a thread's life one is released.
+TEST(Tstring, leavesNothingOfAThreadBehind)
+{
+  static const auto late = [](void*) { std::vector<Tstring>(64).front() = "late"; };
+  pthread_key_t key;
+  ASSERT_EQ(pthread_key_create(&key, late), 0);
+  std::size_t used[2] = {};
+  for (std::size_t& bytes : used)
+  {
+    for (int i = 0; i != 500; ++i)
+    {
+      std::vector<Tstring> texts(64);
+      for (Tstring& text : texts)
+        text = "x";
+      std::thread([&] {
+        if (i % 2 != 0)
+          texts.clear();
+        pthread_setspecific(key, &key);
+      }).join();
+    }
+    bytes = mallinfo2().uordblks;
+  }
+  EXPECT_LT(used[1], used[0] + 20000); // the blocks of eight threads
+  pthread_key_delete(key);
+}
+#endif
