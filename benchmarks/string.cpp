@@ -3,6 +3,7 @@
 
 #include "benchmarks/Ratios.h"
 
+#include "Foundation/Container/StringArrays.h"
 #include "Foundation/String/Tstring.h"
 
 #include <QByteArray>
@@ -74,6 +75,28 @@ std::size_t find(const QByteArray& text, const QByteArray& part)
   return std::size_t(text.indexOf(part));
 }
 
+std::size_t pieces(const std::string& text)
+{
+  std::vector<std::string> result;
+  for (std::size_t first = 0, end; first < text.size(); first = end + 1)
+  {
+    end = std::min(text.find(',', first), text.size());
+    if (end != first)
+      result.push_back(text.substr(first, end - first));
+  }
+  return result.size();
+}
+std::size_t pieces(const Tstring& text)
+{
+  TstringArray result(16);
+  text.split(',', result);
+  return result.length();
+}
+std::size_t pieces(const QByteArray& text)
+{
+  return std::size_t(text.split(',').size());
+}
+
 std::size_t hashOf(const std::string& text)
 {
   return std::hash<std::string>()(text);
@@ -143,6 +166,13 @@ void addCases(std::vector<Case>& cases, const char* name)
           add(grown, 'c');
         keep(grown);
       }));
+  std::string list;
+  for (int i = 0; i != 1000; ++i)
+    list += "name" + std::to_string(i) + ",";
+  row("split into 1000", timed(10, [=, text = String(list.c_str())] {
+        std::size_t count = pieces(text);
+        keep(count);
+      }));
   const String text((std::string(100000, 'a') + "a needle").c_str()), needle("a needle");
   row("find at 100000", timed(10, [=] {
         std::size_t found = find(text, needle);
@@ -168,6 +198,7 @@ int main(int argc, char** argv)
     {"concatenate 100", "Tstring", "std::string", 1},
     {"create 10", "Tstring", "std::string", 2},
     {"copy, write 10", "Tstring", "std::string", 2},
+    {"split into 1000", "Tstring", "std::string", 2},
     {"find at 100000", "Tstring", "std::string", 0.2},
   };
   return runRatios(argc, argv, cases, aims);
