@@ -7,6 +7,7 @@
 #include "Foundation/String/TstringId.h"
 
 #include <algorithm>
+#include <bit>
 #include <cctype>
 #include <cstdint>
 #include <cstdio>
@@ -38,10 +39,8 @@ std::size_t blockSize(std::size_t size)
 {
   if (size <= kShortBlock)
     return kShortBlock;
-  std::size_t step = kBlockStep;
-  while (size / 8 >= step)
-    step *= 2;
-  return std::max(size, (size + step - 1) / step * step); // what would wrap is left to malloc to refuse
+  const std::size_t step = std::max(kBlockStep, 2 * std::bit_floor(size / 8));
+  return std::max(size, (size + step - 1) & ~(step - 1)); // what would wrap is left to malloc to refuse
 }
 
 // The blocks of short texts that each thread keeps for the next ones: a malloc and a free would take longer than all
@@ -267,6 +266,17 @@ Tstring::TstringData* Tstring::TstringData::create(std::size_t n) noexcept
     return nullptr;
   auto* const data = new (block) TstringData(capacityOf(size));
   data->text()[0] = '\0';
+  return data;
+}
+
+Tstring::TstringData* Tstring::TstringData::create(const char* text, std::size_t length) noexcept
+{
+  TstringData* const data = create(length);
+  if (data)
+  {
+    std::memcpy(data->text(), text, length);
+    setLength(data, length);
+  }
   return data;
 }
 

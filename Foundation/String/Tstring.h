@@ -71,6 +71,9 @@ public:
     /// A fresh buffer for \p n characters, with an empty text; null when there is no memory.
     static TstringData* create(std::size_t n) noexcept;
 
+    /// A fresh buffer that holds that text.
+    static TstringData* create(const char* text, std::size_t length) noexcept;
+
     /// Makes \p data an unshared buffer with room for \p n characters. \p keep 1 keeps its text; 0 empties it where
     /// the buffer is replaced. Leaves null when there is no memory.
     static void grow(TstringData*& data, std::size_t n, unsigned char keep) noexcept;
@@ -89,9 +92,18 @@ public:
   // Construction and assignment
 
   Tstring() noexcept = default;
-  Tstring(const char* text) noexcept { set(text); }
-  Tstring(const char* text, unsigned long length) noexcept { set(text, length); }
-  explicit Tstring(std::string_view text) noexcept { assign(text.data(), text.size()); }
+  Tstring(const char* text) noexcept
+    : Tstring(view(text))
+  {
+  }
+  Tstring(const char* text, unsigned long length) noexcept
+    : fData(text && length != 0 ? TstringData::create(text, length) : nullptr)
+  {
+  }
+  explicit Tstring(std::string_view text) noexcept
+    : fData(text.empty() ? nullptr : TstringData::create(text.data(), text.size()))
+  {
+  }
   Tstring(const TstringId& id) noexcept { set(id); }
   Tstring(const Tstring& other) noexcept
     : fData(other.fData)
