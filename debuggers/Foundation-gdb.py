@@ -32,11 +32,49 @@ class TcharStringPrinter:
         return self.text
 
 
-def printers():
-    result = gdb.printing.RegexpCollectionPrettyPrinter("Foundation")
-    for name, printer in (("Tstring", TstringPrinter), ("TcharString", TcharStringPrinter)):
-        result.add_printer(name, "^" + name + "$", printer)
-    return result
+class TarrayPrinter:
+    """length 3 of 4 = {1, 2, 3}"""
+
+    def __init__(self, value, element):
+        self.value = value
+        self.element = element
+
+    def to_string(self):
+        return "length %d of %d" % (self.value["fLength"], self.value["fPhysicalSize"])
+
+    def children(self):
+        data = self.value["fData"].cast(self.element.pointer())
+        for i in range(int(self.value["fLength"])):
+            yield str(i), data[i]
+
+    def display_hint(self):
+        return "array"
 
 
-gdb.printing.register_pretty_printer(gdb.current_objfile(), printers())
+def element_type(array):
+    """That of a class which derives from TarrayElements, or None."""
+    if array.name and array.name.startswith("TarrayElements<"):
+        return array.template_argument(0)
+    for field in array.fields() if array.code == gdb.TYPE_CODE_STRUCT else []:
+        if field.is_base_class:
+            found = element_type(field.type.strip_typedefs())
+            if found:
+                return found
+    return None
+
+
+class Printers(gdb.printing.PrettyPrinter):
+    named = {"Tstring": TstringPrinter, "TcharString": TcharStringPrinter}
+
+    def __init__(self):
+        super().__init__("Foundation")
+
+    def __call__(self, value):
+        kind = value.type.strip_typedefs()
+        if kind.name in self.named:
+            return self.named[kind.name](value)
+        element = element_type(kind)
+        return TarrayPrinter(value, element) if element else None
+
+
+gdb.printing.register_pretty_printer(gdb.current_objfile(), Printers())

@@ -5,5 +5,8 @@ int main()
 {
   const Tstring empty, blank(5), text("left \"arm\"\n"), sharing = text;
   const TcharString borrowed("borrowed");
-  return empty == blank && text == sharing && borrowed.length() == 8 ? 0 : 1; // stop here
+  TdoubleArray numbers{1.5, 2};
+  numbers.addLast(-3);
+  const TstringArray names{text, "b"};
+  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 ? 0 : 1; // stop here
 }
