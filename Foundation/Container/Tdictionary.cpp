@@ -18,11 +18,7 @@ constexpr TuInt32 kRise = 0x20000000; // a quarter of what is drawn lies below
 
 TdictionaryNode::~TdictionaryNode() = default;
 
-Tdictionary::Tdictionary() noexcept
-  : fLevel(0)
-  , fLinks{}
-{
-}
+Tdictionary::Tdictionary() noexcept = default;
 
 Tdictionary::Tdictionary(const Tdictionary& other) noexcept = default;
 Tdictionary& Tdictionary::operator=(const Tdictionary& other) noexcept = default;

@@ -165,8 +165,8 @@ protected:
 private:
   TdictionaryNode* descend(TdictionaryNode& key, Tbookmark* bookmark, int& order);
 
-  long fLevel; // how many levels are in use, 0 to 16
-  TdictionaryNode* fLinks[Tbookmark::kLevels];
+  long fLevel = 0; // how many levels are in use, 0 to 16
+  TdictionaryNode* fLinks[Tbookmark::kLevels] = {};
 };
 
 static_assert(sizeof(Tbookmark) == 16 * sizeof(void*), "a node for each level");

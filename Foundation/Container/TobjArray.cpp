@@ -65,7 +65,8 @@ TobjArray& TobjArray::operator=(TobjArray&& other) noexcept
 {
   if (this != &other)
   {
-    changePhysicalSizeTo(0);
+    if (fLength != 0)
+      destruct(0, fLength);
     Tarray::operator=(std::move(other));
   }
   return *this;

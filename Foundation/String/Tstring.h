@@ -55,14 +55,12 @@ public:
   /// The header of a buffer. The characters follow it, and a zero follows them.
   struct FOUNDATION_API TstringData
   {
-    TuInt32 fCount;    ///< strings that share the buffer
-    TuInt32 fLength;   ///< bytes in use
-    TuInt32 fCapacity; ///< bytes available, beside the zero
+    TuInt32 fCount = 1;  ///< strings that share the buffer
+    TuInt32 fLength = 0; ///< bytes in use
+    TuInt32 fCapacity;   ///< bytes available, beside the zero
 
     explicit TstringData(TuInt32 capacity) noexcept
-      : fCount(1)
-      , fLength(0)
-      , fCapacity(capacity)
+      : fCapacity(capacity)
     {
     }
 
@@ -133,7 +131,11 @@ public:
   {
   }
 
-  Tstring& operator=(const Tstring& other) noexcept { return set(other), *this; }
+  Tstring& operator=(const Tstring& other) noexcept
+  {
+    Tstring(other).swap(*this);
+    return *this;
+  }
   Tstring& operator=(Tstring&& other) noexcept
   {
     Tstring(std::move(other)).swap(*this);
@@ -449,11 +451,15 @@ private:
 
 FOUNDATION_API std::ostream& operator<<(std::ostream& out, const Tstring& text);
 
+namespace std {
+
 template <>
-struct std::hash<Tstring>
+struct hash<Tstring>
 {
-  std::size_t operator()(const Tstring& text) const noexcept { return std::hash<std::string_view>()(text); }
+  size_t operator()(const Tstring& text) const noexcept { return hash<string_view>()(text); }
 };
+
+} // namespace std
 
 static_assert(sizeof(Tstring) == sizeof(void*), "a Tstring is exactly one pointer");
 static_assert(sizeof(Tstring::TstringData) == 12, "the characters begin behind three 32-bit words");
