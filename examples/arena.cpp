@@ -44,7 +44,7 @@ bool anySize()
   char* text = static_cast<char*>(texts.allocate(6));
   std::memcpy(text, "Hello", 6);
   text = static_cast<char*>(texts.reallocate(text, 100)); // keeps what is in it
-  std::strcat(text, ", arena");
+  std::memcpy(text + 5, ", arena", 8);
   TheapArena::deallocate(text); // whichever arena it is of
   //! [variant]
   texts.debug(std::cout);

@@ -35,8 +35,8 @@ class FOUNDATION_API TstringId
 {
 public:
   TstringId() noexcept = default;
-  explicit TstringId(const Tstring& text) noexcept
-    : fText(text)
+  explicit TstringId(Tstring text) noexcept
+    : fText(std::move(text))
   {
   }
   explicit TstringId(const char* text) noexcept

@@ -24,7 +24,7 @@ int failEveryChange(X value, std::initializer_list<unsigned int> lengths, Arm ar
     [&](Array& array) { array.changeLogicalSizeTo(3 * array.length()); },
     [&](Array& array) { array.changePhysicalSizeTo(array.length() / 3); },
     [&](Array& array) { array.buffer(3 * array.length()); },
-    [&](Array& array) { Array copy(array); },
+    [&](Array& array) { Array copy(array); }, // NOLINT(performance-unnecessary-copy-initialization)
   };
   int failures = 0;
   for (const unsigned int length : lengths)

@@ -33,7 +33,11 @@ public:
     }
     make(other.value());
   }
-  Counted& operator=(const Counted& other) { return fValue = other.value(), *this; }
+  Counted& operator=(const Counted& other) // NOLINT(bugprone-unhandled-self-assignment): it may
+  {
+    fValue = other.value();
+    return *this;
+  }
   ~Counted()
   {
     EXPECT_EQ(std::exchange(fSelf, nullptr), this);
