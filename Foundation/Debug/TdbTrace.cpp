@@ -33,14 +33,16 @@ long forEach(Condition condition, Action action)
 {
   TdbTraceArray& channels = registry();
   long count = 0;
-  for (unsigned int i = 0; i < channels.length(); ++i)
+  for (unsigned int i = 0; i < channels.length();)
   {
-    TdbTrace& channel = *channels[i];
-    if (condition(channel))
+    TdbTrace* channel = channels[i];
+    if (condition(*channel))
     {
       ++count;
-      action(channel);
+      action(*channel);
     }
+    if (i < channels.length() && channels[i] == channel) // otherwise the next one has moved up here
+      ++i;
   }
   return count;
 }
@@ -150,7 +152,7 @@ int TdbTrace::compare(const TdbTrace& left, const TdbTrace& right) noexcept
   return byKey != 0 ? byKey : left.fLevel - right.fLevel;
 }
 
-bool TdbTrace::matches(short level, Key key) const noexcept
+bool TdbTrace::matches(short level, const Key& key) const noexcept
 {
   return (level <= 0 || fLevel <= level) && (key.text().empty() || key.text() == fKey);
 }
@@ -160,14 +162,14 @@ void TdbTrace::sInitialize()
   registry();
 }
 
-long TdbTrace::sGetMatches(TdbTraceArray& out, short level, Key key)
+long TdbTrace::sGetMatches(TdbTraceArray& out, short level, const Key& key)
 {
   sCheckSignal();
   return forEach([=](const TdbTrace& channel) { return channel.matches(level, key); },
                  [&out](TdbTrace& channel) { out.addLast(&channel); });
 }
 
-long TdbTrace::sSetStatus(short level, Key key, unsigned char on)
+long TdbTrace::sSetStatus(short level, const Key& key, unsigned char on)
 {
   sCheckSignal();
   on = on != 0;
@@ -181,7 +183,7 @@ long TdbTrace::sSetStatus(short level, Key key, unsigned char on)
                  });
 }
 
-long TdbTrace::sSetOutput(short level, Key key, TdebugOutput* output, unsigned char ownsOutput)
+long TdbTrace::sSetOutput(short level, const Key& key, TdebugOutput* output, unsigned char ownsOutput)
 {
   sCheckSignal();
   return forEach([=](const TdbTrace& channel) { return channel.matches(level, key); },
@@ -193,7 +195,7 @@ long TdbTrace::sSetOutput(short level, Key key, TdebugOutput* output, unsigned c
                  });
 }
 
-long TdbTrace::sShowStatus(short level, Key key, unsigned char withOutputs)
+long TdbTrace::sShowStatus(short level, const Key& key, unsigned char withOutputs)
 {
   sCheckSignal();
   const auto matches = [=](const TdbTrace& channel) { return channel.matches(level, key); };
@@ -217,7 +219,7 @@ long TdbTrace::sShowStatus(short level, Key key, unsigned char withOutputs)
   return count;
 }
 
-long TdbTrace::sShowMark(short level, Key key, const char* text)
+long TdbTrace::sShowMark(short level, const Key& key, const char* text)
 {
   sCheckSignal();
   return forEach([=](const TdbTrace& channel) { return channel.matches(level, key); },
@@ -227,7 +229,7 @@ long TdbTrace::sShowMark(short level, Key key, const char* text)
                  });
 }
 
-long TdbTrace::sPrintMarker(short level, Key key, const Tstring& text)
+long TdbTrace::sPrintMarker(short level, const Key& key, const Tstring& text)
 {
   return sShowMark(level, key, text.asC());
 }
@@ -241,7 +243,7 @@ void TdbTrace::sSignalHandler()
   {
     const std::string_view keyword = cut(rest, " \t\n,");
     if (!keyword.empty() && !obey(keyword))
-      std::fprintf(stderr, "Unrecognized debug keyword '%s'\n", Tstring(keyword).asC());
+      std::fprintf(stderr, "Unrecognized debug keyword '%.*s'\n", int(keyword.size()), keyword.data());
   }
 }
 
@@ -257,8 +259,14 @@ unsigned char TdbTrace::sInstallSignalHandler()
 
 void TdbTrace::sCheckSignal()
 {
-  if (!gSignalled)
+  static bool obeying = false; // what the keywords call comes here too, and may take longer than signals do
+  if (!gSignalled || obeying)
     return;
   gSignalled = 0;
+  struct Turn // outputs may throw
+  {
+    Turn() { obeying = true; }
+    ~Turn() { obeying = false; }
+  } const turn;
   sSignalHandler();
 }

@@ -33,12 +33,14 @@ class TdebugOutput;
 class FOUNDATION_API TdbTrace
 {
 public:
-  /// The key that a static operation looks for, given as a Tstring or a `const char*`, which is not kept.
+  /// The key that a static operation looks for, given as a Tstring, which it shares, or a `const char*`, which must
+  /// outlive the call.
   class Key
   {
   public:
-    Key(const Tstring& key) noexcept
-      : fText(key)
+    Key(const Tstring& key) noexcept // NOLINT(modernize-pass-by-value): sharing costs no more than moving
+      : fShared(key)
+      , fText(fShared)
     {
     }
     Key(const char* key) noexcept
@@ -48,6 +50,7 @@ public:
     std::string_view text() const noexcept { return fText; }
 
   private:
+    Tstring fShared; // the key may be that of a channel that goes or gets another meanwhile
     std::string_view fText;
   };
 
@@ -86,22 +89,22 @@ public:
 
   /// Appends the channels that match to \p out, in order of construction. Throws TmemoryException when that cannot
   /// grow.
-  static long sGetMatches(TdbTraceArray& out, short level, Key key);
+  static long sGetMatches(TdbTraceArray& out, short level, const Key& key);
 
   /// Switches channels on (1) or off (0). A line "Changed status of LEVEL KEY from FALSE to TRUE" tells of each change.
-  static long sSetStatus(short level, Key key, unsigned char on);
+  static long sSetStatus(short level, const Key& key, unsigned char on);
 
   /// Gives channels another output, null for none. Without a match \p output stays the caller's, also with
   /// \p ownsOutput 1. A line "Changed output of LEVEL KEY from NAME to NAME" tells of each.
-  static long sSetOutput(short level, Key key, TdebugOutput* output, unsigned char ownsOutput);
+  static long sSetOutput(short level, const Key& key, TdebugOutput* output, unsigned char ownsOutput);
 
   /// Prints how many channels match, and lists those that are on and those that are off, each with the name of its
   /// output when \p withOutputs is 1.
-  static long sShowStatus(short level, Key key, unsigned char withOutputs);
+  static long sShowStatus(short level, const Key& key, unsigned char withOutputs);
 
   /// Marks the place in the output of each channel; see TdebugOutput::printMark.
-  static long sShowMark(short level, Key key, const char* text);
-  static long sPrintMarker(short level, Key key, const Tstring& text);
+  static long sShowMark(short level, const Key& key, const char* text);
+  static long sPrintMarker(short level, const Key& key, const Tstring& text);
 
   /// Does what the environment variable VEXA_DEBUG_KEYWORDS says now. Keywords are separated by blanks or commas:
   ///
@@ -114,7 +117,8 @@ public:
   static void sSignalHandler();
 
   /// Lets the signal SIGUSR2, from now on, have sSignalHandler() called at the next safe point: the next of the static
-  /// operations above, before it does its own work, or sCheckSignal(). Returns 1, or 0 where there is no such signal.
+  /// operations with a key, before it does its own work, or sCheckSignal(). A signal that comes while one is obeyed
+  /// waits. Returns 1, or 0 where there is no such signal.
   static unsigned char sInstallSignalHandler();
 
   /// A safe point for programs that call none of the others, as in their main loop. Costs a test when no signal came.
@@ -122,7 +126,7 @@ public:
 
 private:
   static int compare(const TdbTrace& left, const TdbTrace& right) noexcept;
-  bool matches(short level, Key key) const noexcept;
+  bool matches(short level, const Key& key) const noexcept;
   void releaseOutput();
 
   Tstring fKey;

@@ -179,7 +179,7 @@ void TdebugOutput::vprint(const char* format, std::va_list arguments)
 {
   Line line;
   if (!fSkipNextIndent && fUseIndent)
-    line.add(kIndents, std::size_t(std::clamp(fIndent, 0, int(kMostIndents))) * kSpacesPerIndent);
+    line.add(kIndents, std::size_t(std::clamp<long long>(fIndent, 0, kMostIndents)) * kSpacesPerIndent);
   fSkipNextIndent = false;
   line.addFormatted(format, arguments);
   reportString(line.text());
@@ -242,7 +242,7 @@ void TdebugOutput::reportString(const char* text)
   if (!text)
     return;
   if (fStream)
-    *fStream << text;
+    fStream->write(text, std::streamsize(std::strlen(text))); // `<<` would obey a width that somebody left behind
   else if (fContext)
     *fContext << text;
   reportString();

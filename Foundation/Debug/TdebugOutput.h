@@ -103,7 +103,7 @@ private:
 
   std::ostream* fStream = nullptr;
   CDumpContext* fContext = nullptr; // in use while there is no stream
-  int fIndent = 0;
+  long long fIndent = 0;            // so wide that no program counts over its end
   bool fUseIndent = true;
   bool fSkipNextIndent = false;
 };

@@ -39,8 +39,10 @@ void TdebugOutputFile::reportString()
 
 void TdebugOutputFile::reportString(const char* text)
 {
-  if (open())
-    TdebugOutput::reportString(text);
+  if (!text || !open())
+    return;
+  fFile.clear(); // a disk that was full may have room again
+  TdebugOutput::reportString(text);
 }
 
 void TdebugOutputFile::getName(char* buffer)

@@ -10,7 +10,7 @@
 /// A debug output to a file, which is opened when something is printed and stays open until close() or destruction.
 ///
 /// The first opening empties the file; one after a close() appends. While the file cannot be opened, output goes
-/// nowhere and each print tries again.
+/// nowhere and each print tries again. What a full disk does not take is written when it has room again, or lost.
 class FOUNDATION_API TdebugOutputFile : public TdebugOutput
 {
 public:

@@ -31,8 +31,8 @@ class Tmetaclass;
 ///     std::cerr << failure->what() << '\n'; // TfailedException: status 12
 /// \endcode
 ///
-/// Copies never throw. A class that derives from one of the family overrides all four virtual operations and what(),
-/// and has a record of its own.
+/// Copies never throw. A class that derives from one of the family overrides all four virtual operations, what() among
+/// them, and has a record of its own.
 class FOUNDATION_API Texception : public std::exception
 {
 public:
@@ -49,8 +49,8 @@ public:
   /// have no creators for all of this library's, null.
   static void* construct(Tmetaclass* type);
 
-  /// Copies this object into the kept instance of its class, unless it is that, and returns it. It lives until the
-  /// process ends.
+  /// Copies this object into the kept instance of its class, unless it is that, and returns it. It is destroyed with
+  /// the program's other static objects: neither ask for it nor use it in destructors that run then.
   virtual Texception* cache() const;
 
   /// The record; parents of other records are given as the address of this pointer.

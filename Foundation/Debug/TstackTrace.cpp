@@ -3,6 +3,7 @@
 #include "Foundation/Platform/Symbols.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <cxxabi.h>
@@ -22,8 +23,11 @@ struct Walk
 _Unwind_Reason_Code takeFrame(_Unwind_Context* context, void* data)
 {
   Walk& walk = *static_cast<Walk*>(data);
-  if (walk.skip-- > 0)
+  if (walk.skip > 0)
+  {
+    --walk.skip;
     return _URC_NO_REASON;
+  }
   int beforeInstruction = 0;
   const std::uintptr_t address = _Unwind_GetIPInfo(context, &beforeInstruction);
   if (address == 0 || walk.count == TstackTrace::kMostFrames)
@@ -63,7 +67,7 @@ void printPlace(const Platform::CodePlace& place, void* data)
   if (!stream || std::getenv("VEXA_NO_STACK_TRACE"))
     return 0;
   Walk walk;
-  walk.skip = std::max(skip, 0) + 1; // this function
+  walk.skip = std::clamp(skip, 0, INT_MAX - 1) + 1; // this function
   _Unwind_Backtrace(takeFrame, &walk);
   Listing listing = {stream};
   for (int i = 0; i < walk.count; ++i)

@@ -24,7 +24,9 @@ public:
   ///
   /// Returns the number of lines; 0, with nothing written, for a null stream and while the environment variable
   /// VEXA_NO_STACK_TRACE is set. It works in the handler of a signal too, unless that struck in the middle of malloc()
-  /// or of output to the same stream. The first trace reads the debug information, which may take a while.
+  /// or of output to the same stream; an alternate stack for the handler should have 64 KiB. Return addresses that were
+  /// overwritten may crash it. The first trace reads the debug information, which takes time and megabytes, and so does
+  /// one from a module that was loaded later.
   static int print(std::FILE* stream, int skip = 0);
 
   /// Sets the process-wide flag that gprofDisabled() tells to the contrary of \p enable: whether a host that profiles

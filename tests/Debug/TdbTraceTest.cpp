@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <functional>
 #include <list>
 #include <memory>
 #include <sstream>
@@ -29,6 +30,15 @@ std::string printed(Action action)
   action();
   return testing::internal::GetCapturedStdout();
 }
+
+int gDeleted = 0;
+
+struct Watched : TdebugOutput
+{
+  ~Watched() override { ++gDeleted; }
+  void printMark(const char*) override { onMark(); }
+  std::function<void()> onMark;
+};
 
 class TdbTraceTest : public testing::Test
 {
@@ -77,36 +87,37 @@ TEST_F(TdbTraceTest, SwitchesListsAndMarks)
   EXPECT_EQ(printed([] { EXPECT_EQ(TdbTrace::sShowStatus(5, "mesh", 1), 2); }),
             "2 trace objects of 3 matching (5, mesh)\nTraces Turned On\n===============\n{\n   5 mesh to stream\n}\n"
             "Traces Turned Off\n================\n{\n   0 mesh to none\n}\n");
+  fText.width(200); // left behind by whoever else prints there
   EXPECT_EQ(TdbTrace::sPrintMarker(0, "", Tstring("here")), 3);
   EXPECT_EQ(fText.str(), std::string(36, '=') + " here " + std::string(36, '=') + '\n');
 }
 
 TEST_F(TdbTraceTest, DeletesSharedOutputsOnce)
 {
-  struct Watched : TdebugOutput
-  {
-    explicit Watched(int& deletions)
-      : fDeletions(deletions)
-    {
-    }
-    ~Watched() override { ++fDeletions; }
-    int& fDeletions;
-  };
-  int first = 0, second = 0;
-  auto* output = new Watched(first);
+  gDeleted = 0;
+  auto* output = new Watched;
   auto owner = std::make_unique<TdbTrace>(1, "a", output, 1), heir = std::make_unique<TdbTrace>(2, "a", output, 1);
   TdbTrace borrower(3, "a", output, 0);
   owner.reset();
   heir->setOutput(output, 1); // its own again
-  EXPECT_TRUE(first == 0 && borrower.output() == output);
-  EXPECT_EQ(printed([&] { TdbTrace::sSetOutput(2, "a", new Watched(second), 1); }),
+  EXPECT_TRUE(gDeleted == 0 && borrower.output() == output);
+  EXPECT_EQ(printed([&] { TdbTrace::sSetOutput(2, "a", new Watched, 1); }),
             "Changed output of 2 a from dump context to dump context\n");
-  EXPECT_TRUE(first == 1 && !borrower.output());
+  EXPECT_TRUE(gDeleted == 1 && !borrower.output());
   borrower.setOutput(heir->output(), 1);
   heir.reset();
-  EXPECT_EQ(second, 0);
+  EXPECT_EQ(gDeleted, 1);
   borrower.setOutput(nullptr, 0);
-  EXPECT_EQ(second, 1);
+  EXPECT_EQ(gDeleted, 2);
+}
+
+TEST_F(TdbTraceTest, BearsChannelsThatGoMeanwhile)
+{
+  Watched output;
+  auto first = std::make_unique<TdbTrace>(1, "a key", &output, 0);
+  TdbTrace second(1, "a key", &output, 0), third(1, "a key", &output, 0);
+  output.onMark = [&] { first.reset(), third.setKey("another"); };
+  EXPECT_EQ(TdbTrace::sShowMark(0, first->key(), ""), 2);
 }
 
 TEST_F(TdbTraceTest, ObeysKeywords)
@@ -147,9 +158,18 @@ TEST_F(TdbTraceTest, ObeysASignalOnceAtTheNextSafePoint)
   EXPECT_EQ(fArena.status(), 0);
   printed([] { TdbTrace::sSetStatus(0, "mesh", 0); });
   EXPECT_EQ(fArena.status(), 1);
-  setKeywords("off");
+  Watched slow; // so that signals come meanwhile
+  int marks = 0;
+  slow.onMark = [&] { std::raise(++marks < 100 ? SIGUSR2 : 0); };
+  fArena.setOutput(&slow, 0);
+  setKeywords("mark,mark");
   TdbTrace::sCheckSignal();
-  EXPECT_EQ(fArena.status(), 1);
+  EXPECT_EQ(marks, 0);
+  slow.onMark();
+  TdbTrace::sCheckSignal();
+  EXPECT_EQ(marks, 3);
+  setKeywords("");
+  TdbTrace::sCheckSignal();
 }
 #endif
 

@@ -44,9 +44,11 @@ TEST(TdebugOutput, Indents)
   text.erase(std::remove(text.begin(), text.end(), '|'), text.end());
   EXPECT_EQ(text, "   a b c d\n   outer 1\n   {\ne\ninner\n{\n         *** ERROR *** code 3\n      }\n   }\n");
 
-  for (const int level : {-3, 0, 1, 10, 11, 1000})
+  for (const int level : {-3, 0, 1, 10, 11, INT_MAX})
   {
     out.setIndentAbsolute(level);
+    out.setIndent(2);
+    out.setIndent(-2);
     out.print("%d\n", 7);
     EXPECT_EQ(window.take(), std::string(std::size_t(std::clamp(level, 0, 10)) * 3, ' ') + "7\n|") << level;
   }
@@ -86,6 +88,8 @@ TEST(TdebugOutputFile, OpensLateTriesAgainAndAppends)
   out.close(); // was never open: does not make the next opening append
   std::filesystem::create_directory(scratch.path("later"));
   scratch.write("later/log.txt", "before");
+  out.reportString(nullptr); // is no output
+  EXPECT_EQ(scratch.read("later/log.txt"), "before");
   out.print("first");
   EXPECT_EQ(scratch.read("later/log.txt"), "first"); // flushed
   out.close();

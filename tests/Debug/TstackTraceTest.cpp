@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <csignal>
 
 namespace {
@@ -50,6 +51,7 @@ TEST(TstackTrace, NamesFunctionsFilesAndLines)
     EXPECT_TRUE(lineContains(1 - skip, kWeld) && lineContains(1 - skip, "TstackTraceTest.cpp:")) << gTrace;
     EXPECT_EQ(lineContains(0, "traceHere"), skip == 0) << gTrace;
   }
+  EXPECT_EQ(TstackTrace::print(stderr, INT_MAX), 0);
   TstackCaller::weld(5000, 0);
   EXPECT_TRUE(lineContains(0, "traceHere") && lineContains(TstackTrace::kMostFrames - 1, kWeld));
 }
