@@ -20,8 +20,8 @@ class TfilePath
 {
 public:
   TfilePath() noexcept = default;
-  TfilePath(const Tstring& path) noexcept
-    : fPath(path)
+  TfilePath(Tstring path) noexcept
+    : fPath(std::move(path))
   {
   }
   TfilePath(const char* path) noexcept

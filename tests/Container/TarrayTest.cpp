@@ -236,7 +236,7 @@ TEST(Tarray, worksWithTheStandardLibrary)
   EXPECT_TRUE(std::ranges::equal(span, std::vector{1, 2, 3}));
   const Tint32Array taken(std::move(array));
   EXPECT_EQ(std::accumulate(taken.begin(), taken.end(), 0), 6);
-  EXPECT_TRUE(array.validate() && array.isEmpty()); // NOLINT(bugprone-use-after-move)
+  EXPECT_TRUE(array.validate() && array.isEmpty()); // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
   const float triples[][3] = {{1, 2, 3}, {4, 5, 6}};
   TtypedArray<float[3]> builtIn(2);
   builtIn.addLast(triples, 2);
@@ -331,7 +331,7 @@ TEST(Tstack, givesBackInReverse)
   } stack(sizeof(double));
   double value = 0, top = 0;
   EXPECT_FALSE(stack.popElement(&value) || stack.getTopElement(&value));
-  for (; value < 9; ++value)
+  for (int i = 0; i < 9; value = ++i)
     EXPECT_EQ(stack.pushElement(&value), 0);
   EXPECT_EQ(stack.physicalSize(), 12U);
   while (!stack.isEmpty())
