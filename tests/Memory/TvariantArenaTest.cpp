@@ -72,6 +72,11 @@ TEST(VariantArena, EmptyPagesAreKeptWhole)
     EXPECT_TRUE(arena.preAllocate(100, 50));
     EXPECT_TRUE(pages.asked().empty() && arena.preAllocate(100, 100));
     EXPECT_EQ(pages.asked(), Sizes{32 + 100 * 120});
+    arena.purgePage();
+    EXPECT_TRUE(arena.preAllocate(8, 1000) && pages.asked().size() == 1);
+    for (int i = 0; i < 1000; ++i)
+      arena.allocate(8);
+    EXPECT_TRUE(pages.asked().empty());
     EXPECT_EQ(arena.checkConsistency(), 0);
   }
 }
