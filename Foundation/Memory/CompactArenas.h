@@ -2,8 +2,8 @@
 /// The four compact arenas of the process, for very many records of up to 8, 16, 24 or 32 bytes.
 ///
 /// Each function is that of TcompactArena on the arena of its size, whose pages are of 0x40000 bytes from the process
-/// allocator. The four are a family: a block may be released through any of them. They work in static initialisers, and
-/// go when the library is unloaded.
+/// allocator. The four are a family: a block may be released through any of them. They work in static initialisers. At
+/// the end of the program, or when the library is unloaded, all blocks are gone and the arenas are as at the beginning.
 
 #pragma once
 

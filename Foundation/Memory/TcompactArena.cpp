@@ -119,6 +119,9 @@ void TcompactArena::TcompactPage::clearBitmap() noexcept
 
 unsigned char TcompactArena::deallocateSlowly(void* block)
 {
+  TcompactPage* page = pageOf(block);
+  if (page && release(page, block))
+    return 1;
   if (!block)
     return 0;
   if (TpureArena::usePurify())
@@ -126,9 +129,6 @@ unsigned char TcompactArena::deallocateSlowly(void* block)
     std::free(block);
     return 1;
   }
-  TcompactPage* page = pageOf(block);
-  if (page && release(page, block))
-    return 1;
   static bool searching = false;
   if (searching)
     return 0;
@@ -144,12 +144,19 @@ unsigned char TcompactArena::deallocateSlowly(void* block)
   return found;
 }
 
-// The last page that begins before the block.
+// The last page that begins before the block. Without branches, which nobody could foretell.
 TcompactArena::TcompactPage* TcompactArena::pageOf(const void* block) const noexcept
 {
-  TcompactPage** after =
-    std::upper_bound(fByAddress, fByAddress + fPageCount, static_cast<const TcompactPage*>(block), std::less<>());
-  return after == fByAddress ? nullptr : after[-1];
+  if (fPageCount == 0)
+    return nullptr;
+  TcompactPage** page = fByAddress;
+  for (unsigned count = fPageCount; count > 1;)
+  {
+    const unsigned half = count / 2;
+    page += std::size_t(half) & -std::size_t(!std::less<const void*>()(block, page[half]));
+    count -= half;
+  }
+  return std::less<const void*>()(block, *page) ? nullptr : *page;
 }
 
 // A new page among the saved ones.

@@ -44,8 +44,6 @@ Tmmap* gBlocks = nullptr;
 Tmmap* gZeroedMemory = nullptr;
 Tmmap* gDiskFile = nullptr;
 
-[[maybe_unused]] const Tmmap* const gOpenedAtLoad = TmallocAllocator::open(nullptr);
-
 void ensureOpen()
 {
   if (!gOpened)
@@ -56,6 +54,20 @@ void ensureOpen()
 {
   throw TmemoryException();
 }
+
+std::new_handler gFormerHandler = nullptr;
+
+// From the library's loading to its end. The blocks and their table stay for those who end later.
+const struct Tlifetime
+{
+  Tlifetime() { TmallocAllocator::open(nullptr); }
+  ~Tlifetime()
+  {
+    TmallocAllocator::purge();
+    if (std::get_new_handler() == throwMemoryException) // which may go with the library
+      std::set_new_handler(gFormerHandler);
+  }
+} gLifetime;
 
 Tint32 adjust(Tint64 delta)
 {
@@ -119,8 +131,14 @@ void printReport(Print print)
 // Tells of a request that there is no memory for; standard error through the C library's stream, which needs no memory.
 void reportLowMemory(TuInt64 request)
 {
-  if (TerrorHandler* handler = TerrorHandler::sInstalled())
-    handler->reportError(Tstring("Free memory is low. Memory exception thrown"));
+  try
+  {
+    if (TerrorHandler* handler = TerrorHandler::sInstalled())
+      handler->reportError(Tstring("Free memory is low. Memory exception thrown"));
+  }
+  catch (const TmemoryException&) // a handler that asked for more; the report is still due
+  {
+  }
   const auto print = [](const char* text) { std::fputs(text, stderr); };
   const Platform::SystemMemory memory = Platform::systemMemory();
   const struct
@@ -332,7 +350,8 @@ Tmmap* TmallocAllocator::open(const char* diskFile)
 {
   if (!gOpened)
   {
-    std::set_new_handler(throwMemoryException);
+    if (std::get_new_handler() != throwMemoryException) // it is there already when memory ran out last time
+      gFormerHandler = std::set_new_handler(throwMemoryException);
     gUseMalloc = std::getenv("VEXA_USE_MALLOC");
     const Platform::SystemMemory memory = Platform::systemMemory();
     gMaximumSwap = memory.maximumSwap;
@@ -341,7 +360,7 @@ Tmmap* TmallocAllocator::open(const char* diskFile)
     measureFreeMemory();
     for (Tmmap** map : {&gBlocks, &gZeroedMemory, &gDiskFile})
     {
-      if (!gUseMalloc && !*map) // there is one already when memory ran out last time
+      if (!gUseMalloc && !*map) // and so may these be
         *map = new Tmmap;
     }
     gPageSize = gUseMalloc ? 0 : kPageSize;

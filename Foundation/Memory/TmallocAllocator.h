@@ -93,10 +93,11 @@ public:
   static void* alloc(unsigned int size, const char* tag);
 
   /// Begins the allocator's work: whoever needs it first does so, and loading the library does so at the latest. From
-  /// then on operator new throws TmemoryException in the whole process, since std::set_new_handler is given such a
-  /// handler. Returns the table of blocks, null when all come from malloc.
+  /// then on, until the library is unloaded, operator new throws TmemoryException in the whole process, since
+  /// std::set_new_handler is given such a handler. Returns the table of blocks, null when all come from malloc.
   ///
-  /// With a \p diskFile that file is created, which must not exist, and stands behind mapDiskFile() until purge().
+  /// With a \p diskFile that file is created, which must not exist, and stands behind mapDiskFile() until purge() or
+  /// the end of the library.
   static Tmmap* open(const char* diskFile);
 
   /// Closes and deletes the file behind mapDiskFile(), if there is one.

@@ -455,7 +455,9 @@ void* TvariantArena::reallocate(void* old, unsigned int bytes)
 
 unsigned char TvariantArena::preAllocate(unsigned int bytes, unsigned int count)
 {
-  const TuInt64 size = sizeof(Tpage) + (TuInt64(kHeader) + round8(bytes)) * count;
+  // The last block but one must leave enough to be cut off, else it takes the room of both.
+  const TuInt64 payload = round8(bytes), slack = std::max<TuInt64>(payload + kHeader, kLeastRest) - payload - kHeader;
+  const TuInt64 size = sizeof(Tpage) + (payload + kHeader) * count + slack;
   if (TpureArena::usePurify() || (fFreePages && fFreePages->fSize >= size))
     return 1;
   return size <= kMostPayload && keepNewPage(std::max(size, sizeof(Tpage) + TuInt64(fVariantPageSize))) ? 1 : 0;

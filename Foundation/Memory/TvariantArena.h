@@ -3,8 +3,8 @@
 ///
 /// Use it for a group of objects of many sizes that lives in one place and may be dropped as a whole. A block costs 16
 /// bytes beside its own. Released neighbours are joined at once. No operation slows down with the number of blocks,
-/// used or free; only a fit search limit makes a search look at block after block. An arena object itself has about 6
-/// KB of list heads. The trap: writing past a block's end destroys the header of the next; checkConsistency() tells.
+/// used or free; only a fit search limit makes a search look at block after block. An arena object itself takes 13
+/// KB. The trap: writing past a block's end destroys the header of the next; checkConsistency() tells.
 
 #pragma once
 

@@ -12,8 +12,7 @@ namespace Platform {
 /// A block of zeros that goes back to the system whole, aligned to 8 or better. Null with errno.
 void* takeBlock(std::size_t size);
 
-/// Changes the size of a block, which may move; what it gains is zero beyond the last page of before. Null with errno,
-/// and the block stays as it was.
+/// Changes the size of a block, which may move; what it gains is zero. Null with errno, and the block stays as it was.
 void* resizeBlock(void* block, std::size_t oldSize, std::size_t newSize);
 
 void releaseBlock(void* block, std::size_t size);

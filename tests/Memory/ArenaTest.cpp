@@ -14,11 +14,6 @@
 
 namespace {
 
-char* bytes(void* block)
-{
-  return static_cast<char*>(block);
-}
-
 TEST(Arena, FixedTakesSlotsInOrderThenReleasedOnesThenAPage)
 {
   Pages pages;

@@ -58,6 +58,11 @@ private:
 
 using Sizes = std::vector<unsigned>;
 
+inline char* bytes(void* block)
+{
+  return static_cast<char*>(block);
+}
+
 // A block that knows what should be in it.
 struct Filled
 {

@@ -9,11 +9,6 @@ namespace {
 
 constexpr unsigned kNoLimit = TvariantArena::kNoLimit;
 
-char* bytes(void* block)
-{
-  return static_cast<char*>(block);
-}
-
 TEST(VariantArena, SizesOfPagesAndBlocks)
 {
   Pages pages;
@@ -72,6 +67,11 @@ TEST(VariantArena, EmptyPagesAreKeptWhole)
     EXPECT_TRUE(arena.preAllocate(100, 50));
     EXPECT_TRUE(pages.asked().empty() && arena.preAllocate(100, 100));
     EXPECT_EQ(pages.asked(), Sizes{32 + 100 * 120});
+    arena.purgePage();
+    EXPECT_TRUE(arena.preAllocate(8, 1000) && pages.asked().size() == 1);
+    for (int i = 0; i < 1000; ++i)
+      arena.allocate(8);
+    EXPECT_TRUE(pages.asked().empty());
     EXPECT_EQ(arena.checkConsistency(), 0);
   }
 }
@@ -214,10 +214,30 @@ TEST(VariantArena, KeepsContentsThroughRandomReallocation)
   EXPECT_EQ(arena.allocatedMemory(), sum);
 }
 
+// The upper halves of six-byte addresses mean nothing where an address has four.
+constexpr unsigned kFirstCounting = sizeof(void*) == 8 ? 0 : 20;
+
 // Each word of the pages is overwritten in turn, and found out where the arena depends on it.
-template <class Matters>
-void corrupt(TvariantArena& arena, Pages& pages, Matters matters)
+TEST(VariantArena, CorruptionIsFound)
 {
+  Pages pages;
+  TvariantArena arena(600, kNoLimit, pages);
+  std::vector<void*> blocks;
+  for (unsigned i = 0; i < 30; ++i)
+    blocks.push_back(arena.allocate(i * 37 % 250 + 1));
+  for (unsigned i = 0; i < 30; i += 2)
+    arena.free(blocks[i]);
+  const auto matters = [](char* page, unsigned at) {
+    if (at < 32)
+      return at >= kFirstCounting;
+    unsigned block = 48, size = 0;
+    const auto word = [&] { return Tpoison::peek(*reinterpret_cast<TuInt32*>(page + block - 8)); };
+    while (size = word() / 2, at >= block + size)
+      block += size + 16;
+    if (at < block && at != block - 12)
+      return true;
+    return (word() & 1) && (at < block || (at < block + 8 && sizeof(void*) == 8)); // links of a free block
+  };
   for (const auto& [page, size] : pages.fHeld)
   {
     for (unsigned at = 0; at + 4 <= size; at += 4)
@@ -237,31 +257,6 @@ void corrupt(TvariantArena& arena, Pages& pages, Matters matters)
       ASSERT_EQ(arena.checkConsistency(), 0);
     }
   }
-}
-
-// The upper halves of six-byte addresses mean nothing where an address has four.
-constexpr unsigned kFirstCounting = sizeof(void*) == 8 ? 0 : 20;
-
-TEST(VariantArena, CorruptionIsFound)
-{
-  Pages pages;
-  TvariantArena arena(600, kNoLimit, pages);
-  std::vector<void*> blocks;
-  for (unsigned i = 0; i < 30; ++i)
-    blocks.push_back(arena.allocate(i * 37 % 250 + 1));
-  for (unsigned i = 0; i < 30; i += 2)
-    arena.free(blocks[i]);
-  corrupt(arena, pages, [](char* page, unsigned at) {
-    if (at < 32)
-      return at >= kFirstCounting;
-    unsigned block = 48, size = 0;
-    const auto word = [&] { return Tpoison::peek(*reinterpret_cast<TuInt32*>(page + block - 8)); };
-    while (size = word() / 2, at >= block + size)
-      block += size + 16;
-    if (at < block && at != block - 12)
-      return true;
-    return (word() & 1) && (at < block || (at < block + 8 && sizeof(void*) == 8)); // links of a free block
-  });
 }
 
 } // namespace

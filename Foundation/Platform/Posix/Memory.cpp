@@ -1,5 +1,6 @@
 #include "Foundation/Platform/Memory.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -47,7 +48,14 @@ void* takeBlock(std::size_t size)
 void* resizeBlock(void* block, std::size_t oldSize, std::size_t newSize)
 {
   void* moved = mremap(block, oldSize, newSize, MREMAP_MAYMOVE);
-  return moved == MAP_FAILED ? nullptr : moved;
+  if (moved == MAP_FAILED)
+    return nullptr;
+  if (newSize > oldSize) // the rest of the last page may have been in use
+  {
+    const std::size_t rest = -oldSize & (std::size_t(sysconf(_SC_PAGESIZE)) - 1);
+    std::memset(static_cast<char*>(moved) + oldSize, 0, std::min(rest, newSize - oldSize));
+  }
+  return moved;
 }
 
 void releaseBlock(void* block, std::size_t size)
