@@ -49,9 +49,7 @@ bool isPowerOfTwo(TuInt32 count)
 ThashTable::ThashTable(unsigned int minimum, unsigned int maximum)
   : fMinimumCount(roundUp(minimum, kLeastCount))
   , fMaximumCount(roundUp(maximum, fMinimumCount))
-  , fEntryCount(0)
   , fBucketCount(fMinimumCount)
-  , fSizeLock(nullptr)
   , fBuckets(newBuckets(fBucketCount))
 {
   if (!fBuckets)
@@ -198,9 +196,7 @@ void ThashTable::setMarks() noexcept
 }
 
 ThashTableIterator::ThashTableIterator(ThashTable& table) noexcept
-  : fEntry(nullptr)
-  , fBucket(0)
-  , fTable(table)
+  : fTable(table)
 {
 }
 

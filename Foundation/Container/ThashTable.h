@@ -177,9 +177,9 @@ private:
   TuInt32 fHighWaterMark; // fBucketCount * 3 / 8
   TuInt32 fMinimumCount;
   TuInt32 fMaximumCount;
-  TuInt32 fEntryCount;
+  TuInt32 fEntryCount = 0;
   TuInt32 fBucketCount;
-  TsizeLock* fSizeLock; // null when unlocked
+  TsizeLock* fSizeLock = nullptr; // null when unlocked
   ThashTableEntry** fBuckets;
 };
 
@@ -208,8 +208,8 @@ public:
   void _remove(ThashTableEntry* entry, TuInt32 bucket) noexcept;
 
 private:
-  ThashTableEntry* fEntry;
-  TuInt32 fBucket;
+  ThashTableEntry* fEntry = nullptr;
+  TuInt32 fBucket = 0;
   ThashTable& fTable;
 };
 

@@ -10,7 +10,7 @@
 namespace {
 
 // The first word of a bitmap that is not all ones; `end` when there is none.
-TuInt32* firstWithRoom(TuInt32* at, TuInt32* end) noexcept
+TuInt32* firstWithRoom(TuInt32* at, const TuInt32* end) noexcept
 {
   for (; end - at >= 16; at += 16)
   {

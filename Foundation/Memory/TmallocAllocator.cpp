@@ -543,7 +543,7 @@ void* mmapRealloc(void* block, unsigned int size, const char* tag)
   }
   if (moved != block)
   {
-    gBlocks->remove(block);
+    gBlocks->remove(block); // NOLINT(clang-analyzer-unix.Malloc): a key, no more
     gBlocks->insert(entry, moved);
   }
   entry->fSize = size;

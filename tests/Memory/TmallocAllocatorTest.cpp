@@ -115,9 +115,13 @@ TEST(TmallocAllocator, tellsWhatMemoryIsUsedFor)
   void* blocks[] = {mmapAlloc(1000, scenery.c_str()), mmapAlloc(7000, scene.c_str()), mmapAlloc(123000, other.c_str())};
   mmapFree(mmapAlloc(5000000, "A"));
   TmallocAllocator::printStatistics(second);
-  EXPECT_NE(second.str().find("   5.123 Mb\tPeak arena size\n" + kRule), std::string::npos) << second.str();
   TmallocAllocator::printStatistics(third);
-  EXPECT_NE(third.str().find("   0.123 Mb\tPeak arena size\n" + kRule), std::string::npos) << third.str();
+  // Blocks that other tests lost for want of an entry in the table count as well.
+  const auto peak = [](const std::ostringstream& report) {
+    const std::string text = report.str(), line = " Mb\tPeak arena size\n" + kRule;
+    return std::stod(text.substr(text.find(line) - 8));
+  };
+  EXPECT_NEAR(peak(second) - peak(third), 5, 0.002);
   EXPECT_NE(third.str().find(" Mb\tCurrent\n   0.130 Mb\tscene\n   0.001 Mb\tscenery\n" + kRule), std::string::npos);
   TstringArray lines;
   TmallocAllocator::getStatistics(lines);
