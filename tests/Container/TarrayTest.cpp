@@ -44,10 +44,7 @@ TYPED_TEST(TypedArray, doesWhatAVectorDoes)
     {
       // Now and then large enough for mapped memory.
       if (array.length() > (step % 1000 < 900 ? 60U : 70000U / sizeof(X)))
-      {
-        array.removeAt(7, UINT_MAX);
-        model.resize(7);
-      }
+        array.removeAt(7, UINT_MAX), model.resize(7);
       const unsigned int length = array.length();
       const unsigned int index = below(length + 3), count = below(length + 3);
       const unsigned int at = std::min(index, length), rest = std::min(count, length - at);
@@ -56,71 +53,45 @@ TYPED_TEST(TypedArray, doesWhatAVectorDoes)
       const X& value = length != 0 && step % 2 ? array[below(length)] : fresh;
       const X copy = value;
       const std::vector<X> some(place, behind);
-      switch (below(12))
-      {
-      case 0:
-        array.addLast(value);
-        model.push_back(copy);
-        break;
-      case 1:
-        array.insert(value, index);
-        model.insert(place, copy);
-        break;
-      case 2:
-        array.insert(array.data() + at, rest, count);
-        model.insert(model.begin() + std::min(count, length), some.begin(), some.end());
-        break;
-      case 3:
-        array.removeAt(index, count);
-        model.erase(place, behind);
-        break;
-      case 4:
-      {
-        unsigned int found = 0;
-        const auto there = std::find(model.begin(), model.end(), copy);
-        ASSERT_EQ(array.find(value, found), there != model.end() ? 0 : 150);
-        ASSERT_EQ(found, there - model.begin());
-        ASSERT_EQ(array.remove(value), there != model.end() ? 0 : 150);
-        if (there != model.end())
-          model.erase(there);
-        break;
-      }
-      case 5:
-        array.copy(array, index, count);
-        model = some;
-        ASSERT_EQ(array.physicalSize(), rest);
-        break;
-      case 6:
-        array.catenate(array, index, count);
-        model.insert(model.end(), some.begin(), some.end());
-        break;
-      case 7:
-        std::swap(array, other);
-        std::swap(model, otherModel);
-        break;
-      case 8:
-        array.createAndSet(value, step % 30, 2);
-        model.assign(step % 30, copy);
-        break;
-      case 9:
-        array = ArrayOf<X>(array);
-        array.changePhysicalSizeTo(count);
-        model.resize(std::min(count, length));
-        break;
-      case 10:
-      {
-        void* buffer = nullptr;
-        array.copyTo(&buffer);
-        other.setArray(buffer, length, length);
-        otherModel = model;
-        break;
-      }
-      default:
-        array.changeLogicalSizeBy(long(at) - long(length));
-        array.buffer(index);
-        ASSERT_GE(array.physicalSize(), at + index);
-        model.resize(at);
-      }
+      const std::function<void()> changes[] = {
+        [&] { array.addLast(value), model.push_back(copy); },
+        [&] { array.insert(value, index), model.insert(place, copy); },
+        [&] {
+          array.insert(array.data() + at, rest, count);
+          model.insert(model.begin() + std::min(count, length), some.begin(), some.end());
+        },
+        [&] { array.removeAt(index, count), model.erase(place, behind); },
+        [&] {
+          unsigned int found = 0;
+          const auto there = std::find(model.begin(), model.end(), copy);
+          ASSERT_EQ(array.find(value, found), there != model.end() ? 0 : 150);
+          ASSERT_EQ(found, there - model.begin());
+          ASSERT_EQ(array.remove(value), there != model.end() ? 0 : 150);
+          if (there != model.end())
+            model.erase(there);
+        },
+        [&] {
+          array.copy(array, index, count), model = some;
+          ASSERT_EQ(array.physicalSize(), rest);
+        },
+        [&] { array.catenate(array, index, count), model.insert(model.end(), some.begin(), some.end()); },
+        [&] { std::swap(array, other), std::swap(model, otherModel); },
+        [&] { array.createAndSet(value, step % 30, 2), model.assign(step % 30, copy); },
+        [&] {
+          array = ArrayOf<X>(array);
+          array.changePhysicalSizeTo(count), model.resize(std::min(count, length));
+        },
+        [&] {
+          void* buffer = nullptr;
+          array.copyTo(&buffer);
+          other.setArray(buffer, length, length), otherModel = model;
+        },
+        [&] {
+          array.changeLogicalSizeBy(long(at) - long(length)), array.buffer(index), model.resize(at);
+          ASSERT_GE(array.physicalSize(), at + index);
+        },
+      };
+      changes[below(std::size(changes))]();
       expectEqual(array, model);
       expectEqual(other, otherModel);
     }

@@ -1,3 +1,5 @@
+#include "tests/Environment.h"
+
 #include "Foundation/Debug/TdbTrace.h"
 #include "Foundation/Debug/TdebugOutput.h"
 #include "Foundation/Debug/Texception.h"
@@ -12,15 +14,6 @@
 #include <sstream>
 
 namespace {
-
-void setKeywords(const std::string& keywords)
-{
-#ifdef _WIN32
-  _putenv_s("VEXA_DEBUG_KEYWORDS", keywords.c_str());
-#else
-  setenv("VEXA_DEBUG_KEYWORDS", keywords.c_str(), 1);
-#endif
-}
 
 // What is printed to standard output meanwhile.
 template <class Action>
@@ -137,7 +130,7 @@ TEST_F(TdbTraceTest, ObeysKeywords)
   for (const auto& expected : cases)
   {
     printed([] { TdbTrace::sSetStatus(0, "", 0); });
-    setKeywords(expected.keywords);
+    setVariable("VEXA_DEBUG_KEYWORDS", expected.keywords);
     testing::internal::CaptureStderr();
     printed([] { TdbTrace::sSignalHandler(); });
     std::string errors;
@@ -153,7 +146,7 @@ TEST_F(TdbTraceTest, ObeysKeywords)
 TEST_F(TdbTraceTest, ObeysASignalOnceAtTheNextSafePoint)
 {
   ASSERT_EQ(TdbTrace::sInstallSignalHandler(), 1);
-  setKeywords("on::arena");
+  setVariable("VEXA_DEBUG_KEYWORDS", "on::arena");
   std::raise(SIGUSR2);
   EXPECT_EQ(fArena.status(), 0);
   printed([] { TdbTrace::sSetStatus(0, "mesh", 0); });
@@ -162,13 +155,13 @@ TEST_F(TdbTraceTest, ObeysASignalOnceAtTheNextSafePoint)
   int marks = 0;
   slow.onMark = [&] { std::raise(++marks < 100 ? SIGUSR2 : 0); };
   fArena.setOutput(&slow, 0);
-  setKeywords("mark,mark");
+  setVariable("VEXA_DEBUG_KEYWORDS", "mark,mark");
   TdbTrace::sCheckSignal();
   EXPECT_EQ(marks, 0);
   slow.onMark();
   TdbTrace::sCheckSignal();
   EXPECT_EQ(marks, 3);
-  setKeywords("");
+  setVariable("VEXA_DEBUG_KEYWORDS", "");
   TdbTrace::sCheckSignal();
 }
 #endif
@@ -176,7 +169,7 @@ TEST_F(TdbTraceTest, ObeysASignalOnceAtTheNextSafePoint)
 #if FAILING_MEMORY
 TEST_F(TdbTraceTest, LeavesNothingBehindWithoutMemory)
 {
-  setKeywords("on:1:some-key-or-other-that-is-nobody's");
+  setVariable("VEXA_DEBUG_KEYWORDS", "on:1:some-key-or-other-that-is-nobody's");
   const auto scenario = [] {
     std::list<TdbTrace> channels;
     try

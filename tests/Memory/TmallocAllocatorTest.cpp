@@ -3,6 +3,7 @@
 #include "Foundation/Debug/TerrorHandler.h"
 #include "Foundation/Debug/Texception.h"
 #include "Foundation/Memory/TresourceQuery.h"
+#include "tests/Environment.h"
 #include "tests/FailingMemory.h"
 #include "tests/Iff/Chunks.h"
 
@@ -55,19 +56,11 @@ public:
   explicit Environment(const char* name)
     : fName(name)
   {
-    set("1");
+    setVariable(name, "1");
   }
-  ~Environment() { set(""); }
+  ~Environment() { setVariable(fName, ""); }
 
 private:
-  void set(const char* value) const
-  {
-#ifdef _WIN32
-    _putenv_s(fName, value);
-#else
-    *value ? setenv(fName, value, 1) : unsetenv(fName);
-#endif
-  }
   const char* fName;
 };
 
