@@ -5,6 +5,9 @@
 
 #include "FLmedium.h"
 
+#include <cstring>
+#include <vector>
+
 namespace {
 
 constexpr std::size_t kMostData = 100000; // of one program
@@ -13,51 +16,12 @@ constexpr TuInt32 kGroups[] = {0x464F524D, 0x464F5234, 0x464F5238, 0x43415420, 0
                                0x4C495338, 0x50524F50, 0x50524F34, 0x464F5232, 0x54455854, 0x50415448};
 constexpr TuInt32 kChunks[] = {0x54455854, 0x464F5258, 0, 0xFFFFFFFF, 0x47454E44, 0x494E434C, 0x464F524D};
 
-// What a file holds, as text: "(" id type for a group, "[" id size data for a chunk, ")" behind a group.
-void append(std::string& model, char mark, TuInt32 a, TuInt32 b)
-{
-  const TuInt32 words[] = {a, b};
-  model += mark;
-  model.append(reinterpret_cast<const char*>(words), sizeof words);
-}
-
-std::string readBack(const Bytes& bytes)
-{
-  std::string model;
-  const Held held(kBlock, bytes, true);
-  _FLfile* file = FLopen(held.name(), "r");
-  for (int status = 0; status != kFLnoGroup;)
-  {
-    TuInt32 id = 0, type = 0;
-    Tint32 size = 0;
-    status = FLbgnget(file, &id, &size);
-    if (status == kFLgroupHeader && FLbgnreadgroup(file, &type, nullptr) == 0)
-      append(model, '(', id, type);
-    else if (status == kFLok)
-    {
-      append(model, '[', id, TuInt32(size));
-      if (const void* data = FLbgnread(file, size))
-        model.append(static_cast<const char*>(data), std::size_t(size));
-      REQUIRE(FLendget(file) == 0);
-    }
-    else
-    {
-      REQUIRE(status == kFLend);
-      status = FLendrgroup(file);
-      REQUIRE(status == kFLok || status == kFLnoGroup);
-      model += status == kFLok ? ")" : "";
-    }
-  }
-  REQUIRE(FLclose(file) == 0);
-  return model;
-}
-
 class Program
 {
 public:
   // What is open at the end is ended here, or left to FLclose.
   Program(Medium medium, std::size_t room, const char* mode, const unsigned char* code, std::size_t length, bool ends)
-    : fHeld(medium, Bytes(room), false)
+    : fHeld(medium, std::string(room, '\0'), false)
     , fFile(FLopen(fHeld.name(), mode))
     , fFifo(medium == kFifo)
   {
@@ -77,11 +41,11 @@ public:
     if (medium == kBlock)
       written.resize(std::size_t(last));
     if (good && !wild && fReadable && ends)
-      REQUIRE(readBack(written) == fModel);
+      REQUIRE(readAll(FLopen(memoryName(written.data(), written.size()).c_str(), "r")) == fModel + ".");
   }
 
   std::vector<long> statuses; // of the calls
-  Bytes written;
+  std::string written;
   bool good = true;  // nothing failed that leaves the file incomplete
   bool wild = false; // there were calls whose effects depend on the medium
 
@@ -98,7 +62,7 @@ private:
   _FLfile* fFile;
   bool fFifo;
   bool fReadable = true; // a reader sees the ends of all unknown sizes
-  std::string fModel;
+  std::string fModel;    // what walk tells of the file
   std::vector<Begun> fBegun{{0, 1, false, true, 0}};
   std::size_t fUsed = 0;
 
@@ -111,7 +75,7 @@ private:
 
   void begun(TuInt32 id, TuInt32 word, bool unknown, bool group)
   {
-    append(fModel, group ? '(' : '[', id, word);
+    fModel += text(id) + (group ? ":" + text(word) + "[" : "=");
     const unsigned flags = FLidflags(id);
     const unsigned own = flags & kFLidGroup ? (flags & kFLidAlign) - 1 : 0;
     fBegun.push_back(
@@ -129,16 +93,12 @@ private:
     fBegun.pop_back();
     const TuInt32 mask = last.mask;
     fReadable = fReadable && !(last.unknown && ((count + mask) & ~mask) != ((count + (mask | 3)) & ~(mask | 3)));
-    if (last.group)
-      fModel += ')';
-    else
-      std::memcpy(&fModel[last.dataAt - 4], &count, 4);
+    fModel += last.group ? ']' : ' ';
   }
 
   void whole(TuInt32 id, const std::string& data)
   {
-    append(fModel, '[', id, TuInt32(data.size()));
-    fModel += data;
+    fModel += text(id) + "=" + data + " ";
     fReadable = fReadable && !(FLidflags(id) & kFLidGroup);
   }
 
