@@ -7,18 +7,12 @@
 
 #include <climits>
 #include <cstring>
+#include <tuple>
 #include <vector>
 
 namespace {
 
-struct Step
-{
-  int status;
-  TuInt32 id;
-  long size;
-  Tint64 position;
-  bool operator==(const Step&) const = default;
-};
+using Step = std::tuple<int, TuInt32, long, Tint64>; // status, id, size and position
 
 class Walk
 {
@@ -165,7 +159,7 @@ private:
     const bool moves = (call > 1 && call < 8 && call != 5) || call > 9;
     fDiffers = fDiffers || failure == kFLfifo || failure == kFLinUse || failure == kFLunknownSize ||
                failure == kFLioError || position > end || (failure && moves) || (call == 15 && fBoth);
-    fSteps.push_back({status, id, got >= 0 ? got : long(size), position});
+    fSteps.emplace_back(status, id, got >= 0 ? got : long(size), position);
     fAlike += !fDiffers;
     return status;
   }

@@ -9,7 +9,7 @@
 
 namespace {
 
-using Script = std::function<void(_FLfile*)>;
+using namespace std::string_literals;
 
 void put(_FLfile* file, const char* name, const std::string& data, bool sized = true)
 {
@@ -23,7 +23,7 @@ struct Outputs
 {
   std::string file, memory, pipe, spooled;
 
-  explicit Outputs(const Script& script)
+  explicit Outputs(const std::function<void(_FLfile*)>& script)
   {
     const Scratch scratch;
     const auto run = [&](const std::string& name, const char* mode) {
@@ -59,12 +59,10 @@ TEST(FLwrite, patchesWhereItCanAndStreamsWhereItCannot)
     EXPECT_EQ(FLbgnwritegroupsize(file, id("LIST"), id("TEST"), 14), 0);
     put(file, "FFFF", "1");
   }); // FLclose ends what is open
-  const std::string list = chunk("LIST", "TEST" + chunk("FFFF", "1"));
-  const std::string patched =
-    chunk("FORM",
-          "TEST" + chunk("AAAA", "123") + header("BBBB", 5) + padded("12345", 4) + chunk("CCCC", "") +
-            chunk("FOR8", "TEST" + chunk("DDDD", "1", 8) + chunk("EEEE", "1", 8), 8) + list,
-          4);
+  const std::string list = form(chunk("FFFF", "1"), "LIST");
+  const std::string patched = form(chunk("AAAA", "123") + header("BBBB", 5) + padded("12345", 4) + chunk("CCCC", "") +
+                                     form(chunk("DDDD", "1", 8) + chunk("EEEE", "1", 8), "FOR8", 8) + list,
+                                   "FORM", 4);
   EXPECT_EQ(out.file, patched);
   EXPECT_EQ(out.memory, patched);
   EXPECT_EQ(out.spooled, patched);
@@ -81,13 +79,13 @@ TEST(FLwrite, patchesAcrossTheWindow)
 {
   for (std::size_t before = 65536 - 40; before < 65536 + 8; ++before)
   {
-    const Outputs out([before](_FLfile* file) {
+    const std::string first(before - 28, 'a'), second(before % 2 ? 10 : 70000, 'b');
+    const Outputs out([&](_FLfile* file) {
       FLbgnwritegroup(file, id("FOR4"), id("TEST"));
-      put(file, "AAAA", std::string(before - 28, 'a'));
-      put(file, "BBBB", std::string(before % 2 ? 10 : 70000, 'b'), false);
+      put(file, "AAAA", first);
+      put(file, "BBBB", second, false);
     });
-    const std::string expected = chunk("FOR4", "TEST" + chunk("AAAA", std::string(before - 28, 'a'), 4) +
-                                                 chunk("BBBB", std::string(before % 2 ? 10 : 70000, 'b'), 4));
+    const std::string expected = form(chunk("AAAA", first, 4) + chunk("BBBB", second, 4), "FOR4");
     ASSERT_TRUE(out.file == expected && out.memory == expected && out.spooled == expected) << before;
   }
 }
@@ -172,10 +170,9 @@ TEST(FLwrite, buffersChunks)
     EXPECT_EQ(FLendwrite(file, 0), 0);
     FLendwritegroup(file);
   });
-  const std::string expected =
-    chunk("FOR4", "TEST" + chunk("AAAA", "aaaaa", 4) + chunk("BBBB", "bbb", 4) + chunk("FOR8", "TEST", 8) +
-                    chunk("CCCC", std::string(4, '\0') + "cc", 4) + chunk("DDDD", std::string("dd\0d", 4)) +
-                    chunk("EEEE", ""));
+  const std::string expected = form(chunk("AAAA", "aaaaa", 4) + chunk("BBBB", "bbb", 4) + form("", "FOR8", 8) +
+                                      chunk("CCCC", "\0\0\0\0cc"s, 4) + chunk("DDDD", "dd\0d"s) + chunk("EEEE", ""),
+                                    "FOR4");
   EXPECT_EQ(out.file, expected);
   EXPECT_EQ(out.spooled, expected);
 }
