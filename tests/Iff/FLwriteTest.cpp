@@ -219,6 +219,9 @@ TEST(FLwrite, readsAndWritesInTurns)
       default: EXPECT_EQ(FLseek(file, word[1] - '0', word[0] == '@' ? 0 : 2), 0);
       }
     }
+    // The letter of the mode tells what may be done with chunks.
+    EXPECT_EQ(FLbgnget(file, nullptr, nullptr), *mode == 'w' ? kFLbadMode : kFLend);
+    EXPECT_EQ(FLendrgroup(file), *mode == 'w' ? kFLbadMode : kFLnoGroup);
     EXPECT_EQ(FLclose(file), 0);
     EXPECT_EQ(scratch.read("file"), left);
   }

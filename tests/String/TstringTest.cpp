@@ -88,6 +88,7 @@ TEST(Tstring, splitsOffWhatItChangesAndNothingElse)
     {[](Tstring& s) { s.removeInitialAndFinalSpaces(); }, "  \ta b  ", "\ta b"},
     {[](Tstring& s) { s.removeInitialAndFinalSpaces(); }, "   ", ""},
     {[](Tstring& s) { s.collapseWhiteSpace(); }, " \na \t b\tc ", "a b c"},
+    {[](Tstring& s) { s.collapseWhiteSpace(); }, "a\tb", "a b"},
     {[](Tstring& s) { s.collapseWhiteSpace(); }, "a  b", "a b"},
     {[](Tstring& s) { s.collapseWhiteSpace(); }, " \t ", ""},
     {[](Tstring& s) { s.collapseWhiteSpace(); }, "a b c", "a b c"},

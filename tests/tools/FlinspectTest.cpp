@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <map>
+#include <tuple>
 
 namespace {
 
@@ -15,20 +16,17 @@ using namespace std::string_literals;
 TEST_F(FlinspectTest, ReportsDepartures)
 {
   const std::string body = chunk("BODY", "12");
-  const struct
-  {
-    std::string bytes;
-    std::string report = {}; // lines without "flinspect: FILE: offset "
-  } cases[] = {
+  // Bytes, and the lines that report them without "flinspect: FILE: offset ".
+  const std::pair<std::string, std::string> cases[] = {
     // Good files.
-    {form(body)},
-    {form("") + form(body, "CAT ")},
-    {chunk("LIS8", "TEST" + chunk("PROP", "TEST" + chunk("NAME", "1", 8), 8) + chunk("NAME", "12345", 8), 8)},
-    {chunk("LIST", "TEST" + form(body, "PROP") + form(body))},
-    {begun(kStreamed) + header("BODY", kStreamed) + "1234" + kEovc + kGend},
-    {begun(kUnknown) + header("BODY", kStreamed) + "12" + kEovc + "34" + kCvoe + kGend},
-    {begun(0x80000003) + begun(kStreamed, "LIST") + kGend + kGend + form("")},
-    {form("FORX\0\0\0\0"s)},
+    {form(body), ""},
+    {form("") + form(body, "CAT "), ""},
+    {chunk("LIS8", "TEST" + chunk("PROP", "TEST" + chunk("NAME", "1", 8), 8) + chunk("NAME", "12345", 8), 8), ""},
+    {chunk("LIST", "TEST" + form(body, "PROP") + form(body)), ""},
+    {begun(kStreamed) + header("BODY", kStreamed) + "1234" + kEovc + kGend, ""},
+    {begun(kUnknown) + header("BODY", kStreamed) + "12" + kEovc + "34" + kCvoe + kGend, ""},
+    {begun(0x80000003) + begun(kStreamed, "LIST") + kGend + kGend + form(""), ""},
+    {form("FORX\0\0\0\0"s), ""},
     // Padding.
     {begun(13) + "BODY\0\0\0\1x\0"s, "21: oddity: the padding of BODY is not counted in the size of FORM"},
     {begun(14, "FOR4") + "BODY\0\0\0\1x\0\0\0"s, "21: oddity: the padding of BODY is not counted in the size of FOR4"},
@@ -255,12 +253,8 @@ TEST_F(FlinspectTest, CopyIsAllOrNothing)
 TEST_F(FlinspectTest, Usage)
 {
   const std::string sample = SAMPLES "/stripes.ilbm";
-  const struct
-  {
-    std::vector<std::string> arguments;
-    int status;
-    std::string starts; // standard output, or standard error where the status is 2
-  } cases[] = {
+  // What it prints: on standard output, or on standard error where the status is 2.
+  const std::tuple<std::vector<std::string>, int, std::string> cases[] = {
     {{"--version"}, 0, "flinspect "},
     {{"--help"}, 0, "Shows"},
     {{"copy", "--help"}, 0, "Write"},
@@ -273,8 +267,7 @@ TEST_F(FlinspectTest, Usage)
     {{"copy", sample, path("x"), path("y")}, 2, "flinspect: "},
     {{"check", path("")}, 2, "flinspect: " + path("") + ": not a file\n"},
     {{"check", "|echo"}, 2, "flinspect: |echo: "},
-    {{"check", "--open-forms", "mem:4096,8"}, 2, "flinspect: mem:4096,8: bad file name\n"},
-  };
+    {{"check", "--open-forms", "mem:4096,8"}, 2, "flinspect: mem:4096,8: bad file name\n"}};
   for (const auto& [arguments, status, starts] : cases)
   {
     const Result result = run(arguments);
