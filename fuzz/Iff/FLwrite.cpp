@@ -73,6 +73,8 @@ private:
     return succeeded;
   }
 
+  bool note(int status) { return note(status, status == 0); }
+
   void begun(TuInt32 id, TuInt32 word, bool unknown, bool group)
   {
     fModel += text(id) + (group ? ":" + text(word) + "[" : "=");
@@ -88,8 +90,7 @@ private:
     const Begun last = fBegun.back();
     const TuInt32 count = TuInt32(FLtell(fFile) - last.start);
     flerrno = 0;
-    const int status = last.group ? FLendwritegroup(fFile) : FLendputchunk(fFile);
-    good = note(status, status == 0) && good;
+    good = note(last.group ? FLendwritegroup(fFile) : FLendputchunk(fFile)) && good;
     fBegun.pop_back();
     const TuInt32 mask = last.mask;
     fReadable = fReadable && !(last.unknown && ((count + mask) & ~mask) != ((count + (mask | 3)) & ~(mask | 3)));
@@ -128,25 +129,22 @@ private:
     fUsed += count;
     const std::string data(count, char('a' + number % 26));
     const Tint32 size = Tint32(count);
-    long status = 0;
     flerrno = 0;
     if (call < 2)
     {
       const TuInt32 type = call == 0 ? number : 0x54595045;
-      status = call == 0 ? FLbgnwritegroup(fFile, group, type) : FLbgnwritegroupsize(fFile, group, type, size);
-      if (note(status, status == 0))
+      if (note(call == 0 ? FLbgnwritegroup(fFile, group, type) : FLbgnwritegroupsize(fFile, group, type, size)))
         begun(group, type, call == 0, true);
     }
     else if (call < 4)
     {
-      status = FLbgnputchunk(fFile, chunk, call == 2 ? -1 : size);
-      if (note(status, status == 0))
+      if (note(FLbgnputchunk(fFile, chunk, call == 2 ? -1 : size)))
         begun(chunk, 0, call == 2, false);
     }
     else if (call < 6)
     {
       const long zero = which & 1;
-      status = zero ? FLputs(fFile, data.c_str()) : FLput(fFile, data.data(), size);
+      const long status = zero ? FLputs(fFile, data.c_str()) : FLput(fFile, data.data(), size);
       if (note(status, flerrno == 0 && status == size + zero))
         fModel.append(data.c_str(), count + std::size_t(zero));
     }
@@ -159,28 +157,25 @@ private:
         return;
       std::memcpy(place, data.data(), count);
       const Tint32 actual = which > 12 ? -1 : which > 8 ? size / 2 : size;
-      status = FLendbufchunk(fFile, actual);
-      good = note(status, status == 0) && good;
+      good = note(FLendbufchunk(fFile, actual)) && good;
       if (actual >= 0)
         whole(chunk, data.substr(0, std::size_t(actual ? actual : size)));
     }
     else if (call == 8)
     {
-      status = FLputtypedchunk(fFile, chunk, size, data.data(), group);
-      if (note(status, status == 0))
+      if (note(FLputtypedchunk(fFile, chunk, size, data.data(), group)))
         whole(chunk, std::string(reinterpret_cast<const char*>(&group), 4) + data.substr(4));
     }
     else if (call == 9)
       rewrite(data, which & 1);
     else if (call == 10)
-      note(FLflush(fFile), flerrno == 0);
+      note(FLflush(fFile));
     else if (call == 11 && !fBegun.back().group) // another way to write bytes of the open chunk
     {
       if (void* place = FLbgnwrite(fFile, size))
       {
         std::memcpy(place, data.data(), count);
-        status = FLendwrite(fFile, size);
-        if (note(status, status == 0))
+        if (note(FLendwrite(fFile, size)))
           fModel += data;
       }
     }

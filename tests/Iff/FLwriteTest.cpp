@@ -194,10 +194,7 @@ TEST(FLwrite, saysWhenAMemoryBlockIsFull)
 TEST(FLwrite, readsAndWritesInTurns)
 {
   // Calls with what they give: read a byte, write, put "x" back, seek from the start and from the end.
-  const struct
-  {
-    const char *mode, *calls, *left;
-  } cases[] = {
+  const char* const cases[][3] = {
     {"r+", "<0 >ab <3 @8 >yzZ", "0ab34567yzZ"},
     {"w+", ">0123456789 @2 <2 ^ >ab <4 $1 >z", "01ab45678z"}, // what was put back is gone with the switch
     {"w", ">0123456789 $4 >ab $0 >!", "012345ab89!"},         // the end is where it was

@@ -9,6 +9,7 @@
 #  include <fcntl.h>
 #  include <sys/resource.h>
 #  include <sys/wait.h>
+#  include <tuple>
 #  include <unistd.h>
 
 namespace {
@@ -52,13 +53,9 @@ TEST_F(FlinspectField, FilesOfOtherPrograms)
   make("sox a.aiff c.8svx && flac -s -f a.aiff -o d.flac && flac -s -d --force-aiff-format d.flac -o d.aiff");
   make("sox -n -r 8000 -c 1 -b 16 -t aiff - synth 0.05 sine 440 | cat > e.aiff");
   make("ppmmake red 37 5 > l.ppm && ppmmake blue 6 5 > r.ppm && pnmcat -lr l.ppm r.ppm | ppmtoilbm > f.ilbm");
-  const struct
-  {
-    std::string name;
-    int oddities;
-    const char* path;
-  } cases[] = {{"a.aiff", 1, "FORM/SSND"}, {"b.aifc", 2, "FORM/SSND"}, {"c.8svx", 0, "FORM/BODY"},
-               {"d.aiff", 0, "FORM/SSND"}, {"e.aiff", 2, "FORM/SSND"}, {"f.ilbm", 0, "FORM/BODY"}};
+  const std::tuple<std::string, int, const char*> cases[] = {{"a.aiff", 1, "FORM/SSND"}, {"b.aifc", 2, "FORM/SSND"},
+                                                             {"c.8svx", 0, "FORM/BODY"}, {"d.aiff", 0, "FORM/SSND"},
+                                                             {"e.aiff", 2, "FORM/SSND"}, {"f.ilbm", 0, "FORM/BODY"}};
   for (const auto& [name, oddities, path4] : cases)
   {
     SCOPED_TRACE(name);
