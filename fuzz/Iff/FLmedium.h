@@ -11,6 +11,7 @@
 
 #ifndef _WIN32
 #  include <fcntl.h>
+#  include <sys/mman.h>
 #  include <unistd.h>
 #endif
 
@@ -37,7 +38,7 @@ enum Medium : unsigned
 class Held
 {
 public:
-  Held(Medium medium, const std::string& bytes, [[maybe_unused]] bool reads)
+  Held(Medium medium, const std::string& bytes, bool reads)
     : fSize(bytes.size())
   {
     if (medium == kBlock)
@@ -47,24 +48,28 @@ public:
       fName = memoryName(fBlock, fSize);
       return;
     }
-    fPath = kFolder.write(std::to_string(medium), medium == kDescriptor ? "abc" + bytes : bytes);
-    fName = (medium == kMapped ? "mmap:" : "") + fPath;
-#ifndef _WIN32
-    if (medium == kFifo && reads)
-    {
-      int ends[2];
+#ifdef _WIN32
+    fName = fFolder.write("file", bytes);
+    (void)reads;
+#else
+    int ends[2] = {-1, -1};
+    const bool isPipe = medium == kFifo && reads;
+    if (isPipe)
       REQUIRE(pipe2(ends, O_DIRECT) == 0); // each write is read by itself; there is room for 16
-      for (std::size_t at = 0, piece = fSize / 16 + 1; at < fSize; at += piece)
-        REQUIRE(write(ends[1], bytes.data() + at, std::min(piece, fSize - at)) > 0);
+    else
+      REQUIRE((ends[0] = ends[1] = memfd_create("fuzz", 0)) >= 0 &&
+              (medium != kDescriptor || write(ends[0], "abc", 3) == 3));
+    for (std::size_t at = 0, piece = fSize / 16 + 1; at < fSize; at += piece)
+      REQUIRE(write(ends[1], bytes.data() + at, std::min(piece, fSize - at)) > 0);
+    if (isPipe)
       close(ends[1]);
-      fDescriptor = ends[0];
-    }
-    else if (medium >= kDescriptor)
-      REQUIRE((fDescriptor = open(fPath.c_str(), medium == kFifo ? O_WRONLY | O_APPEND : O_RDWR)) >= 0 &&
-              (medium == kFifo || lseek(fDescriptor, 3, SEEK_SET) == 3));
-    if (fDescriptor >= 0)
-      fName = "fd:" + std::to_string(fDescriptor);
+    else
+      REQUIRE(lseek(ends[0], medium == kDescriptor ? 3 : 0, SEEK_SET) >= 0);
+    REQUIRE(isPipe || medium != kFifo || fcntl(ends[0], F_SETFL, O_APPEND) == 0);
+    fDescriptor = ends[0];
+    fName = (medium <= kMapped ? "/proc/self/fd/" : "fd:") + std::to_string(fDescriptor);
 #endif
+    fName.insert(0, medium == kMapped ? "mmap:" : "");
   }
   Held(Held&&) = delete;
   ~Held()
@@ -84,14 +89,24 @@ public:
   /// What is in the block or the file.
   std::string contents() const
   {
-    return fBlock ? std::string(fBlock, fSize) : kFolder.read(fPath);
+    if (fBlock)
+      return {fBlock, fSize};
+#ifdef _WIN32
+    return fFolder.read("file");
+#else
+    std::string all(std::size_t(lseek(fDescriptor, 0, SEEK_END)), '\0');
+    REQUIRE(pread(fDescriptor, all.data(), all.size(), 0) == ssize_t(all.size()));
+    return all;
+#endif
   }
 
 private:
-  inline static const Scratch kFolder;
-
   char* fBlock = nullptr;
   std::size_t fSize;
-  std::string fPath, fName;
+  std::string fName;
+#ifdef _WIN32
+  Scratch fFolder;
+#else
   int fDescriptor = -1;
+#endif
 };
