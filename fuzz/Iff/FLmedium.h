@@ -3,18 +3,13 @@
 
 #pragma once
 
-#include "Foundation/Iff/FL.h"
+#include "tests/Iff/Chunks.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <string>
-#include <vector>
 
-#ifdef _WIN32
-#  include <process.h>
-#else
+#ifndef _WIN32
 #  include <fcntl.h>
 #  include <sys/mman.h>
 #  include <unistd.h>
@@ -24,8 +19,6 @@
   ((condition)                                                                                                         \
      ? void()                                                                                                          \
      : (std::fprintf(stderr, "%s:%d: %s (flerrno %d)\n", __FILE__, __LINE__, #condition, flerrno), std::abort()))
-
-using Bytes = std::vector<unsigned char>;
 
 enum Medium : unsigned
 {
@@ -45,20 +38,18 @@ enum Medium : unsigned
 class Held
 {
 public:
-  Held(Medium medium, const Bytes& bytes, bool reads)
+  Held(Medium medium, const std::string& bytes, bool reads)
     : fSize(bytes.size())
   {
     if (medium == kBlock)
     {
-      fBlock = new unsigned char[fSize];
-      std::copy(bytes.begin(), bytes.end(), fBlock);
-      fName = "mem:" + std::to_string(reinterpret_cast<std::size_t>(fBlock)) + "," + std::to_string(fSize);
+      fBlock = new char[fSize];
+      bytes.copy(fBlock, fSize);
+      fName = memoryName(fBlock, fSize);
       return;
     }
 #ifdef _WIN32
-    fPath = "fuzz" + std::to_string(_getpid()) + ".tmp";
-    std::FILE* file = std::fopen(fPath.c_str(), "wb");
-    REQUIRE(file && std::fwrite(bytes.data(), 1, fSize, file) == fSize && std::fclose(file) == 0);
+    fName = fFolder.write("file", bytes);
     (void)reads;
 #else
     int ends[2] = {-1, -1};
@@ -76,23 +67,19 @@ public:
       REQUIRE(lseek(ends[0], medium == kDescriptor ? 3 : 0, SEEK_SET) >= 0);
     REQUIRE(isPipe || medium != kFifo || fcntl(ends[0], F_SETFL, O_APPEND) == 0);
     fDescriptor = ends[0];
-    fPath = (medium < kMapped + 1 ? "/proc/self/fd/" : "fd:") + std::to_string(fDescriptor);
+    fName = (medium <= kMapped ? "/proc/self/fd/" : "fd:") + std::to_string(fDescriptor);
 #endif
-    fName = (medium == kMapped ? "mmap:" : "") + fPath;
+    fName.insert(0, medium == kMapped ? "mmap:" : "");
   }
-
+  Held(Held&&) = delete;
   ~Held()
   {
     delete[] fBlock;
-#ifdef _WIN32
-    std::remove(fPath.c_str());
-#else
+#ifndef _WIN32
     if (fDescriptor >= 0)
       close(fDescriptor);
 #endif
   }
-  Held(const Held&) = delete;
-  Held& operator=(const Held&) = delete;
 
   const char* name() const
   {
@@ -100,25 +87,26 @@ public:
   }
 
   /// What is in the block or the file.
-  Bytes contents() const
+  std::string contents() const
   {
     if (fBlock)
-      return {fBlock, fBlock + fSize};
+      return {fBlock, fSize};
 #ifdef _WIN32
-    Bytes all(1 << 20);
-    std::FILE* file = std::fopen(fPath.c_str(), "rb");
-    all.resize(std::fread(all.data(), 1, all.size(), file));
-    std::fclose(file);
+    return fFolder.read("file");
 #else
-    Bytes all(std::size_t(lseek(fDescriptor, 0, SEEK_END)));
+    std::string all(std::size_t(lseek(fDescriptor, 0, SEEK_END)), '\0');
     REQUIRE(pread(fDescriptor, all.data(), all.size(), 0) == ssize_t(all.size()));
-#endif
     return all;
+#endif
   }
 
 private:
-  unsigned char* fBlock = nullptr;
+  char* fBlock = nullptr;
   std::size_t fSize;
-  std::string fName, fPath;
+  std::string fName;
+#ifdef _WIN32
+  Scratch fFolder;
+#else
   int fDescriptor = -1;
+#endif
 };

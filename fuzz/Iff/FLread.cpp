@@ -6,23 +6,20 @@
 #include "FLmedium.h"
 
 #include <climits>
+#include <cstring>
+#include <tuple>
+#include <vector>
 
 namespace {
 
-struct Step
-{
-  int status;
-  TuInt32 id;
-  long size;
-  Tint64 position;
-  bool operator==(const Step&) const = default;
-};
+using Step = std::tuple<int, TuInt32, long, Tint64>; // status, id, size and position
 
 class Walk
 {
 public:
   // Opens the file, runs the program, then reads what is left.
-  Walk(Medium medium, const std::string& mode, const Bytes& bytes, const unsigned char* program, std::size_t length)
+  Walk(Medium medium, const std::string& mode, const std::string& bytes, const unsigned char* program,
+       std::size_t length)
     : fHeld(medium, bytes, true)
     , fFile(FLopen(fHeld.name(), mode.c_str()))
     , fBytes(bytes)
@@ -58,10 +55,10 @@ public:
 private:
   Held fHeld;
   _FLfile* fFile;
-  const Bytes& fBytes;
+  const std::string& fBytes;
   bool fFifo, fBoth;
   bool fKnown = true; // every position still has the byte of the input
-  Bytes fLast;        // what was read last, up to fLastEnd
+  std::string fLast;  // what was read last, up to fLastEnd
   Tint64 fLastEnd = 0;
   std::vector<Step> fSteps;
   std::size_t fAlike = 0;
@@ -69,10 +66,10 @@ private:
 
   void came(const void* data, Tint64 from, long count)
   {
-    const unsigned char* bytes = static_cast<const unsigned char*>(data);
+    const std::string_view bytes(static_cast<const char*>(data), std::size_t(count));
     REQUIRE(!fKnown || count == 0 ||
-            (from + count <= Tint64(fBytes.size()) && std::equal(bytes, bytes + count, &fBytes[std::size_t(from)])));
-    fLast.assign(bytes, bytes + count);
+            (from < Tint64(fBytes.size()) && fBytes.compare(std::size_t(from), bytes.size(), bytes) == 0));
+    fLast = bytes;
     fLastEnd = from + count;
   }
 
@@ -81,8 +78,8 @@ private:
     count = std::min(count, long(fLast.size()));
     fKnown = fKnown && fLastEnd == FLtell(fFile);
     fLastEnd -= std::max(count, 0L);
-    const Bytes tail(fLast.end() - std::max(count, 0L), fLast.end());
-    fLast.erase(fLast.end() - std::max(count, 0L), fLast.end());
+    const std::string tail(fLast.end() - std::max(count, 0L), fLast.end());
+    fLast.resize(fLast.size() - tail.size());
     return FLunread(fFile, tail.data(), count);
   }
 
@@ -162,7 +159,7 @@ private:
     const bool moves = (call > 1 && call < 8 && call != 5) || call > 9;
     fDiffers = fDiffers || failure == kFLfifo || failure == kFLinUse || failure == kFLunknownSize ||
                failure == kFLioError || position > end || (failure && moves) || (call == 15 && fBoth);
-    fSteps.push_back({status, id, got >= 0 ? got : long(size), position});
+    fSteps.emplace_back(status, id, got >= 0 ? got : long(size), position);
     fAlike += !fDiffers;
     return status;
   }
@@ -176,7 +173,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     return 0;
   const std::string mode = std::string("r") + (data[0] & 0x40 ? "l" : "") + (data[0] & 0x80 ? "+" : "");
   const std::size_t length = std::min<std::size_t>(data[1], size - 2);
-  const Bytes bytes(data + 2 + length, data + size);
+  const std::string bytes(data + 2 + length, data + size);
   const Walk inBlock(kBlock, mode, bytes, data + 2, length);
   const Walk other(Medium((data[0] & 0x3FU) % kMedia), mode, bytes, data + 2, length);
   REQUIRE(inBlock.agrees(other));

@@ -5,6 +5,9 @@
 
 #include "FLmedium.h"
 
+#include <cstring>
+#include <vector>
+
 namespace {
 
 constexpr std::size_t kMostData = 100000; // of one program
@@ -13,51 +16,12 @@ constexpr TuInt32 kGroups[] = {0x464F524D, 0x464F5234, 0x464F5238, 0x43415420, 0
                                0x4C495338, 0x50524F50, 0x50524F34, 0x464F5232, 0x54455854, 0x50415448};
 constexpr TuInt32 kChunks[] = {0x54455854, 0x464F5258, 0, 0xFFFFFFFF, 0x47454E44, 0x494E434C, 0x464F524D};
 
-// What a file holds, as text: "(" id type for a group, "[" id size data for a chunk, ")" behind a group.
-void append(std::string& model, char mark, TuInt32 a, TuInt32 b)
-{
-  const TuInt32 words[] = {a, b};
-  model += mark;
-  model.append(reinterpret_cast<const char*>(words), sizeof words);
-}
-
-std::string readBack(const Bytes& bytes)
-{
-  std::string model;
-  const Held held(kBlock, bytes, true);
-  _FLfile* file = FLopen(held.name(), "r");
-  for (int status = 0; status != kFLnoGroup;)
-  {
-    TuInt32 id = 0, type = 0;
-    Tint32 size = 0;
-    status = FLbgnget(file, &id, &size);
-    if (status == kFLgroupHeader && FLbgnreadgroup(file, &type, nullptr) == 0)
-      append(model, '(', id, type);
-    else if (status == kFLok)
-    {
-      append(model, '[', id, TuInt32(size));
-      if (const void* data = FLbgnread(file, size))
-        model.append(static_cast<const char*>(data), std::size_t(size));
-      REQUIRE(FLendget(file) == 0);
-    }
-    else
-    {
-      REQUIRE(status == kFLend);
-      status = FLendrgroup(file);
-      REQUIRE(status == kFLok || status == kFLnoGroup);
-      model += status == kFLok ? ")" : "";
-    }
-  }
-  REQUIRE(FLclose(file) == 0);
-  return model;
-}
-
 class Program
 {
 public:
   // What is open at the end is ended here, or left to FLclose.
   Program(Medium medium, std::size_t room, const char* mode, const unsigned char* code, std::size_t length, bool ends)
-    : fHeld(medium, Bytes(room), false)
+    : fHeld(medium, std::string(room, '\0'), false)
     , fFile(FLopen(fHeld.name(), mode))
     , fFifo(medium == kFifo)
   {
@@ -77,11 +41,11 @@ public:
     if (medium == kBlock)
       written.resize(std::size_t(last));
     if (good && !wild && fReadable && ends)
-      REQUIRE(readBack(written) == fModel);
+      REQUIRE(readAll(FLopen(memoryName(written.data(), written.size()).c_str(), "r")) == fModel + ".");
   }
 
   std::vector<long> statuses; // of the calls
-  Bytes written;
+  std::string written;
   bool good = true;  // nothing failed that leaves the file incomplete
   bool wild = false; // there were calls whose effects depend on the medium
 
@@ -98,7 +62,7 @@ private:
   _FLfile* fFile;
   bool fFifo;
   bool fReadable = true; // a reader sees the ends of all unknown sizes
-  std::string fModel;
+  std::string fModel;    // what walk tells of the file
   std::vector<Begun> fBegun{{0, 1, false, true, 0}};
   std::size_t fUsed = 0;
 
@@ -109,9 +73,11 @@ private:
     return succeeded;
   }
 
+  bool note(int status) { return note(status, status == 0); }
+
   void begun(TuInt32 id, TuInt32 word, bool unknown, bool group)
   {
-    append(fModel, group ? '(' : '[', id, word);
+    fModel += text(id) + (group ? ":" + text(word) + "[" : "=");
     const unsigned flags = FLidflags(id);
     const unsigned own = flags & kFLidGroup ? (flags & kFLidAlign) - 1 : 0;
     fBegun.push_back(
@@ -124,21 +90,16 @@ private:
     const Begun last = fBegun.back();
     const TuInt32 count = TuInt32(FLtell(fFile) - last.start);
     flerrno = 0;
-    const int status = last.group ? FLendwritegroup(fFile) : FLendputchunk(fFile);
-    good = note(status, status == 0) && good;
+    good = note(last.group ? FLendwritegroup(fFile) : FLendputchunk(fFile)) && good;
     fBegun.pop_back();
     const TuInt32 mask = last.mask;
     fReadable = fReadable && !(last.unknown && ((count + mask) & ~mask) != ((count + (mask | 3)) & ~(mask | 3)));
-    if (last.group)
-      fModel += ')';
-    else
-      std::memcpy(&fModel[last.dataAt - 4], &count, 4);
+    fModel += last.group ? ']' : ' ';
   }
 
   void whole(TuInt32 id, const std::string& data)
   {
-    append(fModel, '[', id, TuInt32(data.size()));
-    fModel += data;
+    fModel += text(id) + "=" + data + " ";
     fReadable = fReadable && !(FLidflags(id) & kFLidGroup);
   }
 
@@ -168,25 +129,22 @@ private:
     fUsed += count;
     const std::string data(count, char('a' + number % 26));
     const Tint32 size = Tint32(count);
-    long status = 0;
     flerrno = 0;
     if (call < 2)
     {
       const TuInt32 type = call == 0 ? number : 0x54595045;
-      status = call == 0 ? FLbgnwritegroup(fFile, group, type) : FLbgnwritegroupsize(fFile, group, type, size);
-      if (note(status, status == 0))
+      if (note(call == 0 ? FLbgnwritegroup(fFile, group, type) : FLbgnwritegroupsize(fFile, group, type, size)))
         begun(group, type, call == 0, true);
     }
     else if (call < 4)
     {
-      status = FLbgnputchunk(fFile, chunk, call == 2 ? -1 : size);
-      if (note(status, status == 0))
+      if (note(FLbgnputchunk(fFile, chunk, call == 2 ? -1 : size)))
         begun(chunk, 0, call == 2, false);
     }
     else if (call < 6)
     {
       const long zero = which & 1;
-      status = zero ? FLputs(fFile, data.c_str()) : FLput(fFile, data.data(), size);
+      const long status = zero ? FLputs(fFile, data.c_str()) : FLput(fFile, data.data(), size);
       if (note(status, flerrno == 0 && status == size + zero))
         fModel.append(data.c_str(), count + std::size_t(zero));
     }
@@ -199,28 +157,25 @@ private:
         return;
       std::memcpy(place, data.data(), count);
       const Tint32 actual = which > 12 ? -1 : which > 8 ? size / 2 : size;
-      status = FLendbufchunk(fFile, actual);
-      good = note(status, status == 0) && good;
+      good = note(FLendbufchunk(fFile, actual)) && good;
       if (actual >= 0)
         whole(chunk, data.substr(0, std::size_t(actual ? actual : size)));
     }
     else if (call == 8)
     {
-      status = FLputtypedchunk(fFile, chunk, size, data.data(), group);
-      if (note(status, status == 0))
+      if (note(FLputtypedchunk(fFile, chunk, size, data.data(), group)))
         whole(chunk, std::string(reinterpret_cast<const char*>(&group), 4) + data.substr(4));
     }
     else if (call == 9)
       rewrite(data, which & 1);
     else if (call == 10)
-      note(FLflush(fFile), flerrno == 0);
+      note(FLflush(fFile));
     else if (call == 11 && !fBegun.back().group) // another way to write bytes of the open chunk
     {
       if (void* place = FLbgnwrite(fFile, size))
       {
         std::memcpy(place, data.data(), count);
-        status = FLendwrite(fFile, size);
-        if (note(status, status == 0))
+        if (note(FLendwrite(fFile, size)))
           fModel += data;
       }
     }

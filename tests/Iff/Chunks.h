@@ -8,9 +8,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <string_view>
-#include <vector>
 
 /// "FORM" as the engine's number.
 constexpr TuInt32 id(std::string_view text)
@@ -44,6 +44,17 @@ inline std::string chunk(std::string_view name, const std::string& data, std::si
   return header(name, Tint64(data.size())) + padded(data, align);
 }
 
+/// A group of type TEST, and the beginning of one with its size as it stands.
+inline std::string form(const std::string& content, std::string_view name = "FORM", std::size_t align = 2)
+{
+  return chunk(name, "TEST" + content, align);
+}
+
+inline std::string begun(Tint64 size, std::string_view name = "FORM")
+{
+  return header(name, size) + "TEST";
+}
+
 /// An unknown size; the marks differ in the last digit.
 constexpr Tint64 kUnknown = 0x80000000;
 constexpr Tint64 kPatched = 0x80000001;
@@ -57,37 +68,31 @@ const std::string kCvoe = header("CVOE", kUnknown);
 class Scratch
 {
 public:
-  Scratch()
-  {
-    static int count = 0;
-    fFolder = std::filesystem::temp_directory_path() /
-              ("chunks" + std::to_string(reinterpret_cast<std::size_t>(this) >> 4) + "-" + std::to_string(++count));
-    std::filesystem::create_directories(fFolder);
-  }
+  Scratch() { std::filesystem::create_directory(fFolder); }
+  Scratch(Scratch&&) = delete;
   ~Scratch()
   {
     std::error_code ignored;
     std::filesystem::remove_all(fFolder, ignored);
   }
-  Scratch(const Scratch&) = delete;
-  Scratch& operator=(const Scratch&) = delete;
 
   std::string path(const std::string& name) const { return (fFolder / name).string(); }
 
   std::string write(const std::string& name, const std::string& bytes) const
   {
-    std::ofstream(path(name), std::ios::binary).write(bytes.data(), std::streamsize(bytes.size()));
+    std::ofstream(path(name), std::ios::binary) << bytes;
     return path(name);
   }
 
   std::string read(const std::string& name) const
   {
     std::ifstream file(path(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    return {std::istreambuf_iterator<char>(file), {}};
   }
 
 private:
-  std::filesystem::path fFolder;
+  std::filesystem::path fFolder =
+    std::filesystem::temp_directory_path() / ("test" + std::to_string(std::random_device()()));
 };
 
 /// The name under which FLopen finds the bytes in memory.
@@ -97,7 +102,7 @@ inline std::string memoryName(const void* bytes, std::size_t size)
 }
 
 /// Walks the file and writes down what it meets: groups as "FORM:TYPE[…]", chunks as "NAME=data", an error as "!code"
-/// (the walk then goes on behind the group), the end as ".".
+/// (the walk then goes on behind the group), the end as ".". Of a size that is unknown or too long to be true, 4 bytes.
 inline std::string walk(_FLfile* file)
 {
   std::string out;
@@ -114,7 +119,7 @@ inline std::string walk(_FLfile* file)
     }
     if (status == kFLok)
     {
-      std::string data(std::size_t(size < 0 || size > 100 ? 4 : size), '\0');
+      std::string data(std::size_t(size < 0 || size > 1000000 ? 4 : size), '\0');
       data.resize(std::size_t(FLget(file, data.data(), long(data.size()))));
       out += text(name) + "=" + data + " ";
       status = FLendget(file);
@@ -128,4 +133,13 @@ inline std::string walk(_FLfile* file)
     status = FLendrgroup(file);
     out += "]" + (status == 0 ? "" : "!" + std::to_string(status));
   }
+}
+
+/// What the walk meets and how closing goes, or why there is no file.
+inline std::string readAll(_FLfile* file)
+{
+  if (!file)
+    return "not opened: " + std::to_string(flerrno);
+  const std::string found = walk(file);
+  return found + (FLclose(file) == 0 ? "" : " close " + std::to_string(flerrno));
 }

@@ -6,20 +6,26 @@
 #include <climits>
 #include <cstring>
 #include <set>
+#include <tuple>
+#include <vector>
 
 #ifndef _WIN32
 #  include <cerrno>
-#  include <csignal>
+#  include <dlfcn.h>
 #  include <fcntl.h>
 #  include <sys/resource.h>
 #  include <sys/syscall.h>
-#  include <sys/time.h>
 #  include <unistd.h>
 
 namespace {
 
-// System calls ('r'ead, 'w'rite, 's'eek), or allocations ('a'), that are to fail: `times` of them behind the first
-// `after`, with an error, or by moving only one byte.
+#  if !FAILING_MEMORY
+const auto failAllocations = [](int, int) {};
+const auto failedAllocations = [] { return 0; };
+#  endif
+
+// System calls ('r'ead, 'w'rite, 's'eek, 'e'nd of a process), or allocations ('a'), that are to fail: `times` of them
+// behind the first `after`, with an error, or by moving only one byte.
 struct Fault
 {
   char call = 0;
@@ -53,15 +59,13 @@ extern "C" ssize_t write(int descriptor, const void* bytes, size_t count)
 
 extern "C" off_t lseek(int descriptor, off_t offset, int whence) noexcept
 {
-  if (strikes('s'))
-    return -1;
-#  ifdef SYS__llseek
-  long long result = 0;
-  const long halves[] = {long(offset >> 32), long(offset)};
-  return syscall(SYS__llseek, descriptor, halves[0], halves[1], &result, whence) == 0 ? result : -1;
-#  else
-  return syscall(SYS_lseek, descriptor, offset, whence);
-#  endif
+  static const auto next = reinterpret_cast<off_t (*)(int, off_t, int)>(dlsym(RTLD_NEXT, "lseek64"));
+  return strikes('s') ? -1 : next(descriptor, offset, whence);
+}
+
+extern "C" pid_t waitpid(pid_t process, int* status, int options)
+{
+  return strikes('e') ? -1 : pid_t(syscall(SYS_wait4, process, status, options, nullptr));
 }
 
 namespace {
@@ -70,33 +74,30 @@ namespace {
 bool readWhole(const char* name, TuInt64& sum)
 {
   _FLfile* file = FLopen(name, "r");
-  bool good = file;
-  int depth = 0;
+  int status = file ? 0 : flerrno;
   const auto add = [&sum](TuInt32 word) { sum = (sum ^ word) * 0x100000001B3; };
-  while (good)
+  for (int depth = 0; status == 0;)
   {
     TuInt32 name4 = 0, type = 0;
     Tint32 size = 0;
-    const int status = FLbgnget(file, &name4, &size);
+    status = FLbgnget(file, &name4, &size);
     add(name4);
     add(TuInt32(size));
-    if (status == kFLgroupHeader)
-      good = ++depth && FLbgnreadgroup(file, &type, nullptr) == 0;
+    if (status == kFLgroupHeader && ++depth)
+      status = FLbgnreadgroup(file, &type, nullptr);
     else if (status == kFLok)
     {
       const long count = size < 0 || size > 5000 ? 3 : size;
       const unsigned char* data = static_cast<const unsigned char*>(FLbgnread(file, count));
       for (long i = 0; data && i < count; ++i)
         add(data[i]);
-      good = data && FLendget(file) == 0;
+      status = data ? FLendget(file) : flerrno;
     }
-    else if (status == kFLend && depth-- == 0)
-      break;
-    else
-      good = status == kFLend && FLendrgroup(file) == 0;
+    else if (status == kFLend && depth-- > 0)
+      status = FLendrgroup(file);
     add(type);
   }
-  return file && FLclose(file) == 0 && good;
+  return file && FLclose(file) == 0 && status == kFLend;
 }
 
 // Writes a file with everything that is patched, buffered, longer than a window, and left to FLclose.
@@ -115,7 +116,6 @@ bool writeWhole(const char* name, const char* mode)
   FLbgnputchunk(file, id("MORE"), sizeof kData);
   FLput(file, kData, sizeof kData);
   FLendputchunk(file);
-  FLendwritegroup(file);
   if (void* place = FLbgnbufchunk(file, id("BUFF"), 9))
   {
     std::memset(place, 'b', 9);
@@ -135,9 +135,9 @@ std::string nested()
 {
   std::string forms;
   for (int i = 0; i < 20; ++i)
-    forms += chunk("FORM", "TEST" + chunk("NAME", "abc") + chunk("BODY", std::string(std::size_t(i) * 977, 'b')));
-  return chunk("FORM", "TEST" + chunk("LIST", "TEST" + forms) + chunk("LAST", "z")) + header("FOR4", kStreamed) +
-         "TEST" + header("STRM", kStreamed) + "abcd" + kCvoe + kGend;
+    forms += form(chunk("NAME", "abc") + chunk("BODY", std::string(std::size_t(i) * 977, 'b')));
+  return form(form(forms, "LIST") + chunk("LAST", "z")) + begun(kStreamed, "FOR4") + header("STRM", kStreamed) +
+         "abcd" + kCvoe + kGend;
 }
 
 // Every single call of each kind fails in turn, once or from then on.
@@ -149,11 +149,8 @@ TEST(FLfault, isReportedWhateverFails)
   const std::string sink = scratch.write("sink", "");
   const int from = open(source.c_str(), O_RDONLY | O_CLOEXEC);
   const int to = open(sink.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
-  const struct
-  {
-    std::string name;
-    const char* mode; // null to read
-  } scenarios[] = {
+  const std::pair<std::string, const char*> scenarios[] = {
+    // with the mode, null to read
     {plain, nullptr},
     {"fd:" + std::to_string(from), nullptr},
     {"mmap:" + plain, nullptr},
@@ -164,61 +161,53 @@ TEST(FLfault, isReportedWhateverFails)
     {"pipe:cat >" + sink, "w"},
     {"pipe:cat >" + sink, "ws"},
   };
-  std::vector<Fault> faults = {{'r', 0, 1},   {'r', 0, 100},   {'w', 0, 1},
-                               {'w', 0, 100}, {'r', EINTR, 3}, {'w', EINTR, 3}};
+  std::vector<Fault> faults = {{'r', 0, 1},     {'r', 0, 100},   {'w', 0, 1},    {'w', 0, 100},
+                               {'r', EINTR, 3}, {'w', EINTR, 3}, {'e', EINTR, 3}};
   for (const char call : {'r', 'w', 's', 'a'})
     faults.insert(faults.end(), {{call, EIO, 1}, {call, EIO, 100}});
   std::set<char> met;
-#  if !FAILING_MEMORY
-  met.insert('a');
-#  endif
-  for (const auto& scenario : scenarios)
+  for (const auto& [name, mode] : scenarios)
   {
     TuInt64 sum = 0;
-    const auto run = [&](const Fault& fault) {
+    const auto run = [&, path = name.c_str(), way = mode](const Fault& fault) {
       lseek(from, 3, SEEK_SET);
       EXPECT_EQ(ftruncate(to, 0), 0);
       sum = 0;
       flerrno = 0;
       gFault = fault;
-#  if FAILING_MEMORY
       if (fault.call == 'a')
         failAllocations(fault.after, fault.times);
-#  endif
-      const bool good =
-        scenario.mode ? writeWhole(scenario.name.c_str(), scenario.mode) : readWhole(scenario.name.c_str(), sum);
+      const bool good = way ? writeWhole(path, way) : readWhole(path, sum);
       gFault.call = 0;
-#  if FAILING_MEMORY
       if (fault.call == 'a')
         gFault.struck = failedAllocations();
       failAllocations(0, 0);
-#  endif
       sum += TuInt64(lseek(from, 0, SEEK_CUR)); // whoever lent it goes on there
       return good;
     };
-    ASSERT_TRUE(run({})) << scenario.name;
+    ASSERT_TRUE(run({})) << name;
     const TuInt64 wholeSum = sum;
     const std::string whole = scratch.read("sink");
     for (Fault fault : faults)
     {
       for (int struck = 1; struck; ++fault.after)
       {
-        SCOPED_TRACE(scenario.name + " " + fault.call + ", errno " + std::to_string(fault.error) + " x" +
+        SCOPED_TRACE(name + " " + fault.call + ", errno " + std::to_string(fault.error) + " x" +
                      std::to_string(fault.times) + " after " + std::to_string(fault.after));
         const std::ptrdiff_t before = openDescriptors();
         const bool good = run(fault);
         struck = gFault.struck;
         if (struck)
           met.insert(fault.call);
-        const bool told = fault.call == 'a' ? flerrno != 0 : !good; // FLclose knows of every lost write
-        EXPECT_EQ(told, flerrno != 0);
+        const bool told = flerrno != 0;
+        EXPECT_TRUE(fault.call == 'a' || told == !good); // FLclose knows of every lost write
         EXPECT_TRUE(!told || (struck && fault.error != 0 && fault.error != EINTR));
         EXPECT_TRUE(told || (sum == wholeSum && scratch.read("sink") == whole));
         EXPECT_EQ(openDescriptors(), before);
       }
     }
   }
-  EXPECT_EQ(met.size(), 4U); // else the library does not call the functions above
+  EXPECT_EQ(met.size(), 4U + FAILING_MEMORY); // else the library does not call the functions above
   close(from);
   close(to);
 }
@@ -228,45 +217,31 @@ TEST(FLfault, noticesWhoDiesAtTheOtherEnd)
 {
   const Scratch scratch;
   const std::string input = scratch.write("input", nested());
-  const struct
-  {
-    std::string name;
-    const char* mode;
-    int code;
-  } cases[] = {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  close(ends[0]);
+  const std::string nobody = "fd:" + std::to_string(ends[1]);
+  const std::tuple<std::string, const char*, int> cases[] = {
     {"pipe:head -c 70000 " + input + "; kill -9 $$", nullptr, kFLbrokenPipe},
     {"pipe:cat " + input + "; kill -9 $$", nullptr, kFLbrokenPipe},
-    {"pipe:head -c 10 >" + scratch.path("out"), "w", kFLbrokenPipe},
-    {"pipe:head -c 10 >" + scratch.path("out"), "ws", kFLbrokenPipe},
+    {nobody, "w", kFLbrokenPipe},
+    {nobody, "ws", kFLbrokenPipe},
     {"pipe:cat >/dev/null; kill -9 $$", "w", kFLbrokenPipe},
-    {"/dev/full", "w", kFLioError},
-    {"/dev/full", "ws", kFLioError},
-  };
-  for (const auto& c : cases)
+    {"/dev/full", "w", kFLioError}};
+  for (const auto& [name, mode, code] : cases)
   {
     TuInt64 sum = 0;
     flerrno = 0;
-    EXPECT_FALSE(c.mode ? writeWhole(c.name.c_str(), c.mode) : readWhole(c.name.c_str(), sum)) << c.name;
-    EXPECT_EQ(flerrno, c.code) << c.name;
+    EXPECT_FALSE(mode ? writeWhole(name.c_str(), mode) : readWhole(name.c_str(), sum)) << name;
+    EXPECT_EQ(flerrno, code) << name;
   }
-  for (const char* mode : {"w", "ws"})
-  {
-    const auto writeToNobody = [mode] {
-      int ends[2];
-      if (pipe(ends) != 0 || dup2(ends[1], STDOUT_FILENO) < 0 || close(ends[0]) != 0)
-        _exit(1);
-      _FLfile* file = FLopen("stdout", mode);
-      FLbgnwritegroup(file, id("FORM"), id("TEST"));
-      _exit(FLclose(file) == 0 ? 1 : flerrno);
-    };
-    EXPECT_EXIT(writeToNobody(), testing::ExitedWithCode(kFLbrokenPipe), "") << mode;
-  }
+  close(ends[1]);
 }
 
 TEST(FLfault, noticesAMappedFileThatShrinks)
 {
   const Scratch scratch;
-  const std::string bytes = chunk("FORM", "TEST" + chunk("LONG", std::string(20000, 'x')) + chunk("LAST", "y"));
+  const std::string bytes = form(chunk("LONG", std::string(20000, 'x')) + chunk("LAST", "y"));
   for (const long length : {0L, 100L, 4096L, 9000L, long(bytes.size()) - 5})
   {
     const std::string path = scratch.write("file", bytes);
@@ -284,28 +259,6 @@ TEST(FLfault, noticesAMappedFileThatShrinks)
   }
 }
 
-TEST(FLfault, goesOnWhenInterrupted)
-{
-  const Scratch scratch;
-  const std::string path = scratch.write("file", nested());
-  struct sigaction action = {}, before;
-  static volatile std::sig_atomic_t interrupts;
-  action.sa_handler = [](int) { interrupts = interrupts + 1; }; // calls are not resumed by themselves
-  sigaction(SIGALRM, &action, &before);
-  const itimerval often = {{0, 500}, {0, 500}}, never = {};
-  TuInt64 sum = 0, slowSum = 0;
-  EXPECT_TRUE(readWhole(path.c_str(), sum));
-  const std::string slowly =
-    "pipe:for i in 0 1 2 3; do dd bs=50000 count=1 skip=$i status=none if=" + path + "; sleep .02; done";
-  setitimer(ITIMER_REAL, &often, nullptr);
-  EXPECT_TRUE(readWhole(slowly.c_str(), slowSum));
-  EXPECT_TRUE(writeWhole("pipe:sleep .05; cat >/dev/null", "w"));
-  setitimer(ITIMER_REAL, &never, nullptr);
-  sigaction(SIGALRM, &before, nullptr);
-  EXPECT_EQ(slowSum, sum);
-  EXPECT_GT(interrupts, 10);
-}
-
 TEST(FLfault, reportsThatDescriptorsAreExhausted)
 {
   const Scratch scratch;
@@ -316,26 +269,21 @@ TEST(FLfault, reportsThatDescriptorsAreExhausted)
   const std::ptrdiff_t open = openDescriptors();
   const int lowest = dup(0);
   close(lowest);
-  const std::string names[] = {path, "mmap:" + path, "pipe:cat " + path, "somewhere:" + path, path + ".Z", "/dev/null"};
-  for (const std::string& name : names)
+  for (const std::string& name : {path, "pipe:cat " + path, "somewhere:" + path, path + ".Z", std::string("/dev/null")})
   {
-    for (const char* mode : {"r", "w", "ws"})
+    for (int i = 0; i < 24; ++i)
     {
-      for (rlim_t spare = 0; spare < 8; ++spare)
-      {
-        SCOPED_TRACE(name + " " + mode + ", descriptors left: " + std::to_string(spare));
-        if (*mode == 'w' && name[0] == 'm')
-          continue;
-        const rlimit few = {rlim_t(lowest) + spare, before.rlim_max};
-        setrlimit(RLIMIT_NOFILE, &few);
-        flerrno = 0;
-        _FLfile* file = FLopen(name.c_str(), mode);
-        EXPECT_TRUE(file ? spare > 0 : flerrno == kFLioError);
-        if (file)
-          FLclose(file);
-        setrlimit(RLIMIT_NOFILE, &before);
-        EXPECT_EQ(openDescriptors(), open);
-      }
+      const char* mode = i % 3 == 0 ? "r" : i % 3 == 1 ? "w" : "ws";
+      SCOPED_TRACE(name + " " + mode + ", descriptors left: " + std::to_string(i / 3));
+      const rlimit few = {rlim_t(lowest + i / 3), before.rlim_max};
+      setrlimit(RLIMIT_NOFILE, &few);
+      flerrno = 0;
+      _FLfile* file = FLopen(name.c_str(), mode);
+      EXPECT_TRUE(file ? i >= 3 : flerrno == kFLioError);
+      if (file)
+        FLclose(file);
+      setrlimit(RLIMIT_NOFILE, &before);
+      EXPECT_EQ(openDescriptors(), open);
     }
   }
   FLsettransfer("somewhere", nullptr);
@@ -347,7 +295,7 @@ TEST(FLfault, walksBeyondFourGigabytes)
   const std::string path = scratch.write("file", "");
   constexpr Tint64 kThird = 2 * (8 + 0x7FFFFFE8LL);
   std::filesystem::resize_file(path, kThird + 8 + 0x7FFFFFE8LL);
-  const std::string start = header("FORM", 0x7FFFFFE8) + "TEST" + chunk("NAME", std::string("abc") + '\0');
+  const std::string start = begun(0x7FFFFFE8) + chunk("NAME", std::string("abc") + '\0');
   const int descriptor = open(path.c_str(), O_RDWR);
   for (const Tint64 at : {0LL, kThird / 2, kThird})
     ASSERT_EQ(pwrite(descriptor, start.data(), start.size(), at), ssize_t(start.size()));
@@ -361,8 +309,7 @@ TEST(FLfault, walksBeyondFourGigabytes)
     EXPECT_EQ(FLbgnget(file, nullptr, nullptr), kFLgroupHeader);
     EXPECT_EQ(FLendget(file), 0);
     EXPECT_EQ(FLbgnreadgroup(file, nullptr, nullptr), 0);
-    TuInt32 name4 = 0;
-    EXPECT_STREQ(static_cast<char*>(FLgetchunk(file, &name4, nullptr)), "abc") << name;
+    EXPECT_STREQ(static_cast<char*>(FLgetchunk(file, nullptr, nullptr)), "abc") << name;
     EXPECT_EQ(FLtell(file), kThird + 24);
     EXPECT_EQ(FLendrgroup(file), 0);
     EXPECT_EQ(FLbgnget(file, nullptr, nullptr), kFLend);
@@ -376,15 +323,12 @@ TEST(FLfault, walksBeyondFourGigabytes)
 TEST(FLfault, nestsAMillionGroups)
 {
   constexpr int kDepth = 1000000;
-  std::string block(12 * kDepth, '\0');
+  std::string block(12 * kDepth, '\0'), unknown;
   _FLfile* file = FLopen(memoryName(block.data(), block.size()).c_str(), "w");
   int errors = 0;
-  for (int i = 0; i < kDepth; ++i)
+  for (int i = 0; i < kDepth; ++i, unknown += begun(kUnknown, "FOR4"))
     errors += FLbgnwritegroup(file, id("FOR4"), id("TEST")) != 0;
   EXPECT_EQ(FLclose(file), 0);
-  std::string unknown;
-  for (int i = 0; i < kDepth; ++i)
-    unknown += header("FOR4", kUnknown) + "TEST";
   for (const std::string* bytes : {&block, &unknown})
   {
     for (const bool enters : {false, true})

@@ -5,10 +5,11 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <sstream>
 
 namespace {
 
-using Script = std::function<void(_FLfile*)>;
+using namespace std::string_literals;
 
 void put(_FLfile* file, const char* name, const std::string& data, bool sized = true)
 {
@@ -22,7 +23,7 @@ struct Outputs
 {
   std::string file, memory, pipe, spooled;
 
-  explicit Outputs(const Script& script)
+  explicit Outputs(const std::function<void(_FLfile*)>& script)
   {
     const Scratch scratch;
     const auto run = [&](const std::string& name, const char* mode) {
@@ -58,12 +59,10 @@ TEST(FLwrite, patchesWhereItCanAndStreamsWhereItCannot)
     EXPECT_EQ(FLbgnwritegroupsize(file, id("LIST"), id("TEST"), 14), 0);
     put(file, "FFFF", "1");
   }); // FLclose ends what is open
-  const std::string list = chunk("LIST", "TEST" + chunk("FFFF", "1"));
-  const std::string patched =
-    chunk("FORM",
-          "TEST" + chunk("AAAA", "123") + header("BBBB", 5) + padded("12345", 4) + chunk("CCCC", "") +
-            chunk("FOR8", "TEST" + chunk("DDDD", "1", 8) + chunk("EEEE", "1", 8), 8) + list,
-          4);
+  const std::string list = form(chunk("FFFF", "1"), "LIST");
+  const std::string patched = form(chunk("AAAA", "123") + header("BBBB", 5) + padded("12345", 4) + chunk("CCCC", "") +
+                                     form(chunk("DDDD", "1", 8) + chunk("EEEE", "1", 8), "FOR8", 8) + list,
+                                   "FORM", 4);
   EXPECT_EQ(out.file, patched);
   EXPECT_EQ(out.memory, patched);
   EXPECT_EQ(out.spooled, patched);
@@ -80,13 +79,13 @@ TEST(FLwrite, patchesAcrossTheWindow)
 {
   for (std::size_t before = 65536 - 40; before < 65536 + 8; ++before)
   {
-    const Outputs out([before](_FLfile* file) {
+    const std::string first(before - 28, 'a'), second(before % 2 ? 10 : 70000, 'b');
+    const Outputs out([&](_FLfile* file) {
       FLbgnwritegroup(file, id("FOR4"), id("TEST"));
-      put(file, "AAAA", std::string(before - 28, 'a'));
-      put(file, "BBBB", std::string(before % 2 ? 10 : 70000, 'b'), false);
+      put(file, "AAAA", first);
+      put(file, "BBBB", second, false);
     });
-    const std::string expected = chunk("FOR4", "TEST" + chunk("AAAA", std::string(before - 28, 'a'), 4) +
-                                                 chunk("BBBB", std::string(before % 2 ? 10 : 70000, 'b'), 4));
+    const std::string expected = form(chunk("AAAA", first, 4) + chunk("BBBB", second, 4), "FOR4");
     ASSERT_TRUE(out.file == expected && out.memory == expected && out.spooled == expected) << before;
   }
 }
@@ -97,49 +96,50 @@ TEST(FLwrite, refusesWhatWouldBreakTheFile)
   _FLfile* file = FLopen(scratch.path("out").c_str(), "w");
   ASSERT_TRUE(file);
   const auto begin = [&](const char* name, Tint32 size) { return FLbgnputchunk(file, id(name), size); };
+  const auto group = [&](const char* name, Tint32 size) {
+    return FLbgnwritegroupsize(file, id(name), id("TEST"), size);
+  };
+  const auto buffer = [&](const char* name, Tint32 size) { return FLbgnbufchunk(file, id(name), size) ? 0 : flerrno; };
+  const auto data = [&](long count) { return FLput(file, "1234567890123", count) == count ? 0 : flerrno; };
   EXPECT_EQ(begin("AAAA", 0), kFLbadRoot);
   EXPECT_EQ(begin("PROP", 4), kFLbadRoot);
-  EXPECT_EQ(FLbgnbufchunk(file, id("FORM"), 4), nullptr);
-  EXPECT_EQ(flerrno, kFLbadRoot);
+  EXPECT_EQ(buffer("FORM", 4), kFLbadRoot);
   EXPECT_EQ(FLendwritegroup(file), kFLnoGroup);
   EXPECT_EQ(FLbgnwritegroup(file, id("FORM"), 0x80000000), kFLbadId);
-  EXPECT_EQ(FLbgnwritegroupsize(file, id("FORM"), id("TEST"), 3), kFLbadSize);
+  EXPECT_EQ(group("FORM", 3), kFLbadSize);
   EXPECT_EQ(FLtell(file), 0);
 
-  ASSERT_EQ(FLbgnwritegroupsize(file, id("FORM"), id("TEST"), 24), 0);
-  EXPECT_EQ(FLbgnwritegroup(file, id("AAAA"), id("TEST")), kFLbadId);
+  ASSERT_EQ(group("FORM", 24), 0);
+  EXPECT_EQ(group("AAAA", 4), kFLbadId);
   EXPECT_EQ(begin("FOR3", 0), kFLreservedId);
   EXPECT_EQ(begin("GEND", 0), kFLreservedId);
   EXPECT_EQ(begin("PROP", 4), kFLunexpectedBlock);
   EXPECT_EQ(begin("AAAA", 13), kFLpastBlock);
-  EXPECT_EQ(FLbgnbufchunk(file, id("AAAA"), 13), nullptr);
-  ASSERT_NE(FLbgnbufchunk(file, id("AAAA"), 12), nullptr);
+  EXPECT_EQ(buffer("AAAA", 13), kFLpastBlock);
+  ASSERT_EQ(buffer("AAAA", 12), 0);
   EXPECT_EQ(FLendwritegroup(file), kFLnestedWrite);
   EXPECT_EQ(FLendbufchunk(file, -1), 0);
-  EXPECT_EQ(FLbgnbufchunk(file, id("AAAA"), -1), nullptr);
-  EXPECT_EQ(flerrno, kFLbadSize);
+  EXPECT_EQ(buffer("AAAA", -1), kFLbadSize);
   EXPECT_EQ(FLendbufchunk(file, 0), kFLnoChunk);
-  EXPECT_EQ(FLput(file, "1", 1), 0);
-  EXPECT_EQ(flerrno, kFLnoChunk);
+  EXPECT_EQ(data(1), kFLnoChunk);
   EXPECT_EQ(FLtell(file), 12);
 
   ASSERT_EQ(begin("AAAA", 12), 0);
   EXPECT_EQ(begin("BBBB", 0), kFLnestedWrite);
-  EXPECT_EQ(FLbgnbufchunk(file, id("BBBB"), 0), nullptr);
+  EXPECT_EQ(buffer("BBBB", 0), kFLnestedWrite);
   EXPECT_EQ(FLendwritegroup(file), kFLnestedWrite);
-  EXPECT_EQ(FLput(file, "1234567890123", 13), 0);
-  EXPECT_EQ(flerrno, kFLpastBlock);
-  EXPECT_EQ(FLput(file, "1234567890", 10), 10);
+  EXPECT_EQ(data(13), kFLpastBlock);
+  EXPECT_EQ(data(10), 0);
   EXPECT_EQ(FLendputchunk(file), kFLbadSize);
   EXPECT_EQ(FLget(file, nullptr, 0), 0);
   EXPECT_EQ(FLbgnget(file, nullptr, nullptr), kFLbadMode);
-  flerrno = 0;
+  EXPECT_EQ(FLendrgroup(file), kFLbadMode);
   EXPECT_EQ(FLclose(file), -1); // the group promised more
   EXPECT_EQ(flerrno, kFLbadSize);
   EXPECT_EQ(scratch.read("out").size(), 30U); // what was written is there all the same
 
   file = FLopen(scratch.path("out").c_str(), "w");
-  ASSERT_EQ(FLbgnwritegroupsize(file, id("FORM"), id("TEST"), 12), 0);
+  ASSERT_EQ(group("FORM", 12), 0);
   EXPECT_EQ(FLbgnwritegroup(file, id("FORM"), id("TEST")), kFLpastBlock); // no room for the type
   EXPECT_EQ(FLtell(file), 12);
   FLclose(file);
@@ -170,10 +170,9 @@ TEST(FLwrite, buffersChunks)
     EXPECT_EQ(FLendwrite(file, 0), 0);
     FLendwritegroup(file);
   });
-  const std::string expected =
-    chunk("FOR4", "TEST" + chunk("AAAA", "aaaaa", 4) + chunk("BBBB", "bbb", 4) + chunk("FOR8", "TEST", 8) +
-                    chunk("CCCC", std::string(4, '\0') + "cc", 4) + chunk("DDDD", std::string("dd\0d", 4)) +
-                    chunk("EEEE", ""));
+  const std::string expected = form(chunk("AAAA", "aaaaa", 4) + chunk("BBBB", "bbb", 4) + form("", "FOR8", 8) +
+                                      chunk("CCCC", "\0\0\0\0cc"s, 4) + chunk("DDDD", "dd\0d"s) + chunk("EEEE", ""),
+                                    "FOR4");
   EXPECT_EQ(out.file, expected);
   EXPECT_EQ(out.spooled, expected);
 }
@@ -192,51 +191,35 @@ TEST(FLwrite, saysWhenAMemoryBlockIsFull)
   }
 }
 
-// Reading and writing in turns, where the mode lets both.
-TEST(FLwrite, switchesToReadingAndBack)
+TEST(FLwrite, readsAndWritesInTurns)
 {
-  const Scratch scratch;
-  scratch.write("file", "0123456789");
-  _FLfile* file = FLopen(scratch.path("file").c_str(), "r+");
-  char byte = 0;
-  EXPECT_EQ(FLread(file, &byte, 1), 1);
-  EXPECT_EQ(FLwrite(file, "ab", 2), 2);
-  EXPECT_EQ(FLread(file, &byte, 1), 1);
-  EXPECT_EQ(byte, '3');
-  EXPECT_EQ(FLseek(file, 8, 0), 0);
-  EXPECT_EQ(FLwrite(file, "yzZ", 3), 3);
-  EXPECT_EQ(FLclose(file), 0);
-  EXPECT_EQ(scratch.read("file"), "0ab34567yzZ");
-  file = FLopen(scratch.path("file").c_str(), "w+");
-  EXPECT_EQ(FLwrite(file, "0123456789", 10), 10);
-  EXPECT_EQ(FLseek(file, 2, 0), 0);
-  EXPECT_EQ(FLread(file, &byte, 1), 1);
-  EXPECT_EQ(FLunread(file, "x", 1), 0); // gone with the switch
-  EXPECT_EQ(FLwrite(file, "ab", 2), 2);
-  EXPECT_EQ(FLread(file, &byte, 1), 1);
-  EXPECT_EQ(byte, '4');
-  EXPECT_EQ(FLseek(file, 1, 2), 0);
-  EXPECT_EQ(FLtell(file), 9);
-  EXPECT_EQ(FLbgnget(file, nullptr, nullptr), kFLbadMode);
-  EXPECT_EQ(FLendrgroup(file), kFLbadMode);
-  EXPECT_EQ(FLclose(file), 0);
-  EXPECT_EQ(scratch.read("file"), "01ab456789");
-  file = FLopen(scratch.path("file").c_str(), "r");
-  EXPECT_EQ(FLwrite(file, "1", 1), 0);
-  EXPECT_EQ(flerrno, kFLbadMode);
-  FLclose(file);
-}
-
-TEST(FLwrite, rewritesItsOwnBytes)
-{
-  const Scratch scratch;
-  _FLfile* file = FLopen(scratch.path("file").c_str(), "w");
-  EXPECT_EQ(FLwrite(file, "0123456789", 10), 10);
-  EXPECT_EQ(FLseek(file, 4, 2), 0);
-  EXPECT_EQ(FLwrite(file, "ab", 2), 2);
-  EXPECT_EQ(FLseek(file, 0, 2), 0); // the end is where it was
-  EXPECT_EQ(FLwrite(file, "!", 1), 1);
-  EXPECT_EQ(FLread(file, nullptr, 0), 0);
-  EXPECT_EQ(FLclose(file), 0);
-  EXPECT_EQ(scratch.read("file"), "012345ab89!");
+  // Calls with what they give: read a byte, write, put "x" back, seek from the start and from the end.
+  const char* const cases[][3] = {
+    {"r+", "<0 >ab <3 @8 >yzZ", "0ab34567yzZ"},
+    {"w+", ">0123456789 @2 <2 ^ >ab <4 $1 >z", "01ab45678z"}, // what was put back is gone with the switch
+    {"w", ">0123456789 $4 >ab $0 >!", "012345ab89!"},         // the end is where it was
+  };
+  for (const auto& [mode, calls, left] : cases)
+  {
+    const Scratch scratch;
+    _FLfile* file = FLopen(scratch.write("file", "0123456789").c_str(), mode);
+    std::istringstream words(calls);
+    for (std::string word; words >> word;)
+    {
+      SCOPED_TRACE(mode + (" " + word));
+      char byte = 0;
+      switch (word[0])
+      {
+      case '<': EXPECT_TRUE(FLread(file, &byte, 1) == 1 && byte == word[1]) << byte; break;
+      case '>': EXPECT_EQ(FLwrite(file, &word[1], long(word.size() - 1)), long(word.size() - 1)); break;
+      case '^': EXPECT_EQ(FLunread(file, "x", 1), 0); break;
+      default: EXPECT_EQ(FLseek(file, word[1] - '0', word[0] == '@' ? 0 : 2), 0);
+      }
+    }
+    // The letter of the mode tells what may be done with chunks.
+    EXPECT_EQ(FLbgnget(file, nullptr, nullptr), *mode == 'w' ? kFLbadMode : kFLend);
+    EXPECT_EQ(FLendrgroup(file), *mode == 'w' ? kFLbadMode : kFLnoGroup);
+    EXPECT_EQ(FLclose(file), 0);
+    EXPECT_EQ(scratch.read("file"), left);
+  }
 }
