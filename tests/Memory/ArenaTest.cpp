@@ -94,9 +94,9 @@ TEST(Arena, CompactTakesTheCursorThenSearches)
   for (unsigned size : {8U, 24U})
   {
     TcompactArena arena(size, 48 + 100 * size + 7, pages);
-    std::vector<char*> blocks;
-    for (int i = 0; i < 201; ++i)
-      blocks.push_back(bytes(arena.allocate()));
+    std::vector<char*> blocks(201);
+    for (char*& block : blocks)
+      block = bytes(arena.allocate());
     const unsigned request = 48 + 100 * size + 7 + 16;
     EXPECT_EQ(pages.asked(), (Sizes{request, request, request}));
     for (unsigned i = 0; i < 100; ++i)

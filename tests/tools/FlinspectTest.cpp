@@ -265,7 +265,7 @@ TEST_F(FlinspectTest, Usage)
     {{"dump", sample}, 2, "flinspect: "},
     {{"extract", sample}, 2, "flinspect: "},
     {{"copy", sample, path("x"), path("y")}, 2, "flinspect: "},
-    {{"check", path("")}, 2, "flinspect: " + path("") + ": not a file\n"},
+    {{"check", path(".")}, 2, "flinspect: " + path(".") + ": not a file\n"},
     {{"check", "|echo"}, 2, "flinspect: |echo: "},
     {{"check", "--open-forms", "mem:4096,8"}, 2, "flinspect: mem:4096,8: bad file name\n"}};
   for (const auto& [arguments, status, starts] : cases)
