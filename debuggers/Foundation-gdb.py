@@ -1,5 +1,7 @@
 """Shows the library's classes in gdb, which loads this by itself with the installed library."""
 
+import datetime
+
 import gdb
 import gdb.printing
 
@@ -63,6 +65,40 @@ def element_type(array):
     return None
 
 
+# The classes that are shown as a line of text: what makes it of the value.
+
+
+def duration_text(seconds):
+    return "%dd %02d:%02d:%02d" % (seconds // 86400, seconds // 3600 % 24, seconds // 60 % 60, seconds % 60)
+
+
+def moment_text(seconds):
+    return datetime.datetime.fromtimestamp(seconds, datetime.timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
+
+
+def ticks_text(ticks):
+    return "%d ticks (%g s)" % (ticks, int(ticks) / 6000)
+
+
+TEXTS = {
+    "TanimTime": lambda value: ticks_text(value["fTicks"]),
+    "Tduration": lambda value: duration_text(int(value["fSeconds"])),
+    "TosTime": lambda value: "%d ms" % value["fTicks"],
+    "Ttime": lambda value: moment_text(int(value["fOSTime"])),
+    "TtimeUnit": lambda value: str(value["fUnit"]),
+    "TtimeValue": lambda value: "%g at %s" % (value["fValue"], ticks_text(value["fTime"]["fTicks"])),
+}
+
+
+class TextPrinter:
+    def __init__(self, value, text):
+        self.value = value
+        self.text = text
+
+    def to_string(self):
+        return self.text(self.value)
+
+
 class Printers(gdb.printing.PrettyPrinter):
     named = {"Tstring": TstringPrinter, "TcharString": TcharStringPrinter}
 
@@ -73,6 +109,8 @@ class Printers(gdb.printing.PrettyPrinter):
         kind = value.type.strip_typedefs()
         if kind.name in self.named:
             return self.named[kind.name](value)
+        if kind.name in TEXTS:
+            return TextPrinter(value, TEXTS[kind.name])
         element = element_type(kind)
         return TarrayPrinter(value, element) if element else None
 

@@ -22,7 +22,6 @@ class TdbTrace;
 class Tmetaclass;
 class Tstring;
 class TtimeValue;
-class TtimeValueArray;
 class Ttrigger;
 
 // clang-format off

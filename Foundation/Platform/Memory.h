@@ -41,4 +41,7 @@ ProcessMemory processMemory();
 /// Milliseconds since some moment before the process began; never goes back.
 TuInt64 tickCount();
 
+/// Seconds since the beginning of 1970, UTC, by the system's clock.
+TuInt64 systemTime();
+
 } // namespace Platform

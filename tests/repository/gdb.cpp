@@ -8,5 +8,14 @@ int main()
   TdoubleArray numbers{1.5, 2};
   numbers.addLast(-3);
   const TstringArray names{text, "b"};
-  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 ? 0 : 1; // stop here
+  const TtimeRange range(-250, 9000);
+  const TtimeValueArray keys{{6000, 1.5}};
+  const TtimeUnit unit(kTime30Fps);
+  const Tduration span(95399);
+  const Ttime end(951868799);
+  const TosTime ticks(40);
+  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 &&
+             range.contains(keys[0].time()) && unit != TtimeUnit() && end - span > Ttime(ticks.ticks())
+           ? 0
+           : 1; // stop here
 }

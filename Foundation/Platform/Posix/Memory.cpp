@@ -107,4 +107,9 @@ TuInt64 tickCount()
   return TuInt64(now.tv_sec) * 1000 + TuInt64(now.tv_nsec) / 1000000;
 }
 
+TuInt64 systemTime()
+{
+  return TuInt64(std::time(nullptr));
+}
+
 } // namespace Platform

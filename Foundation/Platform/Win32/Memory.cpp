@@ -81,4 +81,11 @@ TuInt64 tickCount()
   return GetTickCount64();
 }
 
+TuInt64 systemTime()
+{
+  FILETIME now; // in tenths of microseconds since the beginning of 1601
+  GetSystemTimeAsFileTime(&now);
+  return (TuInt64(now.dwHighDateTime) << 32 | now.dwLowDateTime) / 10000000 - 11644473600;
+}
+
 } // namespace Platform
