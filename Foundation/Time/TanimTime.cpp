@@ -74,7 +74,8 @@ void TanimTime::setGlobalCurrentTimeUnit(TtimeUnitSystem unit) noexcept
 long TanimTime::getValueInSmpteUnit(Tint32Array& fields) const
 {
   const std::array<Tint32, 4> values = smpteFields(fTicks);
-  return fields.copy({values[0], values[1], values[2], values[3]});
+  fields.reset();
+  return fields.addLast(values.data(), 4);
 }
 
 Tstring TanimTime::valueInSmpteUnit() const noexcept

@@ -108,7 +108,7 @@ public:
   /// Makes \p fields hours, minutes, seconds, and whole units of the process's current unit within the second: frames,
   /// of a frame rate; milliseconds; ticks, where it counts ticks; 0, where it is a second or longer. What is left of a
   /// frame is cut off. The fields of a negative time are negative or 0. All rates are whole, and no frame number is
-  /// dropped. Returns 0; throws TmemoryException.
+  /// dropped. Returns 0; throws TmemoryException with \p fields empty.
   FOUNDATION_API long getValueInSmpteUnit(Tint32Array& fields) const;
 
   /// The fields as "01:02:03:04", behind a "-" if one is negative. Milliseconds have three digits, ticks four.

@@ -60,7 +60,7 @@ TEST_F(AnimTime, becomesTheNearestTickAndTheEvenOneOfTwo)
 
 TEST_F(AnimTime, hasTheBitsOfDoubleOnEveryPlatform)
 {
-  // Wider registers, or another order of operations, would change each of these.
+  // Wider registers or another order of operations would change them.
   EXPECT_EQ(value(1908846932, kTimeHours), 0x1.617d7bf37694bp+6);
   EXPECT_EQ(value(1832931806, kTimeMinutes), 0x1.3e37a2c53ec29p+12);
   EXPECT_EQ(value(1835568741, kTime24Fps), 0x1.c0230bdb22d0fp+22);
