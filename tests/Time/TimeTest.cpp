@@ -87,6 +87,7 @@ TEST_F(AnimTime, isTheLeastWhereNoTickFits)
   for (const auto& [value, rounded, truncated] : cases)
   {
     EXPECT_EQ(ticks(value, kTimeCurrent), rounded) << value;
+    EXPECT_EQ(ticks(value, -1), truncated) << value;
     EXPECT_EQ(ticks(value, 13), truncated) << value;
     EXPECT_EQ(TanimTime(value), truncated) << value;
     EXPECT_EQ(TanimTime(1) * value, truncated) << value;
