@@ -55,6 +55,13 @@ void ensureOpen()
   throw TmemoryException();
 }
 
+// The handler of operator new, which asks again when this returns.
+void makeFree()
+{
+  if (!Platform::giveBackKept())
+    throwMemoryException();
+}
+
 std::new_handler gFormerHandler = nullptr;
 
 // From the library's loading to its end. The blocks and their table stay for those who end later.
@@ -64,7 +71,7 @@ const struct Tlifetime
   ~Tlifetime()
   {
     TmallocAllocator::purge();
-    if (std::get_new_handler() == throwMemoryException) // which may go with the library
+    if (std::get_new_handler() == makeFree) // which may go with the library
       std::set_new_handler(gFormerHandler);
   }
 } gLifetime;
@@ -203,10 +210,13 @@ void countLarge(Tint64 change)
 
 void* takeSmall(unsigned int size)
 {
-  void* block = std::malloc(size);
-  if (!block && size != 0)
-    throwMemoryException();
-  return block;
+  for (;;)
+  {
+    void* block = std::malloc(size);
+    if (block || size == 0)
+      return block;
+    makeFree();
+  }
 }
 
 // Aligns the size of a large block; false when it does not fit and exceptions are switched off.
@@ -350,8 +360,8 @@ Tmmap* TmallocAllocator::open(const char* diskFile)
 {
   if (!gOpened)
   {
-    if (std::get_new_handler() != throwMemoryException) // it is there already when memory ran out last time
-      gFormerHandler = std::set_new_handler(throwMemoryException);
+    if (std::get_new_handler() != makeFree) // it is there already when memory ran out last time
+      gFormerHandler = std::set_new_handler(makeFree);
     gUseMalloc = std::getenv("VEXA_USE_MALLOC");
     const Platform::SystemMemory memory = Platform::systemMemory();
     gMaximumSwap = memory.maximumSwap;
@@ -523,9 +533,8 @@ void* mmapRealloc(void* block, unsigned int size, const char* tag)
   void* moved = nullptr;
   if (!wasLarge && !large)
   {
-    moved = std::realloc(block, size);
-    if (!moved)
-      throwMemoryException();
+    while (!(moved = std::realloc(block, size)))
+      makeFree();
   }
   else if (wasLarge && large)
     moved = resizeLarge(block, oldSize, size);

@@ -1,6 +1,7 @@
 #include "Foundation/Platform/Memory.h"
 
 #include <cerrno>
+#include <malloc.h>
 #include <windows.h>
 
 #include <psapi.h>
@@ -47,6 +48,17 @@ void releaseBlock(void* block, std::size_t)
   const HGLOBAL handle = GlobalHandle(block);
   GlobalUnlock(handle);
   GlobalFree(handle);
+}
+
+// The system's heaps keep what they think fit.
+bool giveBackKept()
+{
+  return false;
+}
+
+std::size_t usableSize(void* block)
+{
+  return _msize(block);
 }
 
 void compactHeaps()
