@@ -12,6 +12,7 @@
 #include "Foundation/Platform/Export.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 class TfootprintInfo;
@@ -96,7 +97,8 @@ public:
   long removeLast(unsigned int count = 1) { return expandArray(fLength - (count < fLength ? count : fLength)); }
 
   /// Takes over the buffer \p data of \p physicalSize elements of which \p length are in use, and frees the present
-  /// one. The buffer must come from sAllocateBuffer() or from copyTo() of an array; null makes the array empty.
+  /// one. The buffer must come from sAllocateBuffer() or from copyTo() of an array; null makes the array empty. The
+  /// array's own buffer is cut to these sizes, if it is larger. When it throws, the buffer is still the caller's.
   long setArray(void* data, unsigned int length, unsigned int physicalSize);
 
   /// A buffer as the arrays use them, of at least \p bytes. It is released by the array that takes it over, or by
@@ -134,6 +136,9 @@ protected:
   /// throws, \p buffer is what it was.
   static char* reallocate(unsigned int oldBytes, unsigned int newBytes, char* buffer);
 
+  /// reallocate() for a buffer that grows by steps: one that malloc() gave may stay for some of them.
+  static char* growBuffer(unsigned int oldBytes, unsigned int newBytes, char* buffer);
+
   /// Bytes of \p count elements. Throws TmemoryException when 32 bits do not hold them.
   unsigned int bytesOf(unsigned int count) const;
 
@@ -151,8 +156,9 @@ protected:
   /// Frees the buffer and takes over \p data. No element is looked at.
   void replaceBuffer(char* data, unsigned int length, unsigned int physicalSize) noexcept;
 
-  /// Where \p source lies in the buffer, in bytes, or -1. To be asked before the buffer moves.
-  std::ptrdiff_t offsetOf(const void* source) const noexcept;
+  /// Where \p source lies in the buffer, in bytes, or kOutside. To be asked before the buffer moves.
+  static constexpr std::size_t kOutside = SIZE_MAX;
+  std::size_t offsetOf(const void* source) const noexcept;
 
   /// removeAt() for elements that are bytes.
   void removeBytes(unsigned int index, unsigned int count) noexcept

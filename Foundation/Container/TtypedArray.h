@@ -25,6 +25,8 @@
 template <class X, class Base>
 class TarrayElements : public Base
 {
+  static_assert(alignof(X) <= 2 * sizeof(void*), "buffers are aligned as malloc aligns them everywhere");
+
 public:
   using value_type = X;
   using iterator = X*;
@@ -146,14 +148,19 @@ public:
     if constexpr (kBytes && !std::is_array_v<X>)
     {
       const unsigned int length = this->fLength;
-      if (length < this->fPhysicalSize)
+      if (length == this->fPhysicalSize)
       {
-        ::new (static_cast<void*>(this->data() + length)) X(value);
-        this->fLength = length + 1; // which the element, for all the compiler knows, might have overwritten
-        return 0;
+        const X copy(value); // by its address compilers would put each value into memory
+        this->expandArray(sizeof(X) == 1 ? this->lengthPlus(1) : length + 1);
+        ::new (static_cast<void*>(this->data() + length)) X(copy);
       }
+      else
+        ::new (static_cast<void*>(this->data() + length)) X(value);
+      this->fLength = length + 1; // which the element, for all the compiler knows, might have overwritten
+      return 0;
     }
-    return this->insertElement(&value, this->fLength, 1);
+    else
+      return this->insertElement(&value, this->fLength, 1);
   }
   long addLast(const X* values, unsigned int count) { return this->insertElement(values, this->fLength, count); }
 
@@ -234,7 +241,7 @@ public:
   }
 
   /// Gives the caller a copy of the elements, in a buffer of just their size that setArray() of another array takes
-  /// over or sReleaseBuffer() frees; null if there are none.
+  /// over; null if there are none. sReleaseBuffer() frees it, and does not end the life of elements that have one.
   long copyTo(void** const copy) const
   {
     *copy = this->copyOfElements();
