@@ -8,5 +8,11 @@ int main()
   TdoubleArray numbers{1.5, 2};
   numbers.addLast(-3);
   const TstringArray names{text, "b"};
-  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 ? 0 : 1; // stop here
+  TtypedStack<Tint32> stack;
+  stack.push(7);
+  stack.push(8);
+  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 &&
+             stack.length() == 2
+           ? 0
+           : 1; // stop here
 }
