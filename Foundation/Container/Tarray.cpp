@@ -4,6 +4,7 @@
 #include "Foundation/Debug/Texception.h"
 #include "Foundation/Memory/TfootprintInfo.h"
 #include "Foundation/Memory/TmallocAllocator.h"
+#include "Foundation/Memory/UnclearedBlocks.h"
 #include "Foundation/Platform/Memory.h"
 #include "Foundation/Platform/Sanitizer.h"
 #include "Foundation/Platform/Types.h"
@@ -305,7 +306,7 @@ void* Tarray::sAllocateBuffer(unsigned int bytes)
 {
   void* buffer = nullptr;
   do
-    buffer = bytes < kMappedBytes ? std::malloc(std::max(bytes, 1U)) : mmapAlloc(bytes, kTag);
+    buffer = bytes < kMappedBytes ? std::malloc(std::max(bytes, 1U)) : takeUncleared(bytes, kTag);
   while (!buffer && Platform::giveBackKept());
   if (!buffer)
     throw TmemoryException();
@@ -325,7 +326,7 @@ char* Tarray::reallocate(unsigned int oldBytes, unsigned int newBytes, char* buf
   const bool wasMapped = oldBytes >= kMappedBytes, isMapped = newBytes >= kMappedBytes;
   void* moved = nullptr;
   if (wasMapped && isMapped)
-    moved = mmapRealloc(buffer, newBytes, kTag);
+    moved = resizeUncleared(buffer, newBytes, kTag);
   else if (!wasMapped && !isMapped && newBytes > kCopiedBytes)
     moved = std::realloc(buffer, newBytes);
   if (!moved)

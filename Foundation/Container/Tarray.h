@@ -23,7 +23,8 @@ class TfootprintInfo;
 /// throw TmemoryException and leave the array as it was. Indices and counts beyond the end are brought back to it
 /// where the comment does not say otherwise. Values and arrays given as arguments may lie in the array itself.
 ///
-/// Buffers of kMappedBytes or more are mapped memory of the process allocator, smaller ones come from malloc().
+/// Buffers of kMappedBytes or more are mapped memory of the process allocator, smaller ones come from malloc(). One that
+/// grows by steps there may have up to half its size in addition, for the next steps; pack() gives that back too.
 class FOUNDATION_API Tarray
 {
 public:
@@ -106,7 +107,8 @@ public:
   static void* sAllocateBuffer(unsigned int bytes);
   static void sReleaseBuffer(void* buffer, unsigned int bytes) noexcept;
 
-  /// Adds the memory of \p array to \p info under \p name. A null array counts for nothing.
+  /// Adds the memory of \p array to \p info under \p name, without what malloc() has in addition. A null array counts
+  /// for nothing.
   static void sGetArrayFootprint(const Tarray* array, TfootprintInfo& info, const char* name);
 
   /// Whether length, size and buffer agree. For tests and assertions.

@@ -9,11 +9,12 @@
 
 namespace Platform {
 
-/// A block of zeros that goes back to the system whole, aligned to 8 or better. Null with errno.
-void* takeBlock(std::size_t size);
+/// A block that goes back to the system whole, aligned to 8 or better, of zeros if \p clear. Null with errno.
+void* takeBlock(std::size_t size, bool clear);
 
-/// Changes the size of a block, which may move; what it gains is zero. Null with errno, and the block stays as it was.
-void* resizeBlock(void* block, std::size_t oldSize, std::size_t newSize);
+/// Changes the size of a block, which may move; what it gains is zero if \p clear. Null with errno, and the block stays
+/// as it was.
+void* resizeBlock(void* block, std::size_t oldSize, std::size_t newSize, bool clear);
 
 /// Some MiB of released blocks may stay with the process, for the blocks to come.
 void releaseBlock(void* block, std::size_t size);

@@ -173,20 +173,22 @@ bool giveBackKept()
   return any;
 }
 
-void* takeBlock(std::size_t size)
+void* takeBlock(std::size_t size, bool clear)
 {
   char* const pages = takeKept(wholePages(size));
-  return pages ? std::memset(pages, 0, size) : mapPages(wholePages(size));
+  if (pages && clear)
+    std::memset(pages, 0, size);
+  return pages ? pages : mapPages(wholePages(size));
 }
 
-void* resizeBlock(void* block, std::size_t oldSize, std::size_t newSize)
+void* resizeBlock(void* block, std::size_t oldSize, std::size_t newSize, bool clear)
 {
-  char* const begin = static_cast<char*>(block);
+  char* begin = static_cast<char*>(block);
   const std::size_t size = wholePages(oldSize), wanted = wholePages(newSize);
   if (wanted < size)
     keep({begin + wanted, size - wanted});
   char* moved = wanted <= size || takeKeptAt(begin + size, wanted - size) ? begin : takeKept(wanted);
-  std::size_t clearTo = newSize;
+  std::size_t unclear = newSize; // the bytes behind are zeros
   if (!moved)
   {
     void* mapped = MAP_FAILED;
@@ -194,22 +196,20 @@ void* resizeBlock(void* block, std::size_t oldSize, std::size_t newSize)
       mapped = mremap(block, size, wanted, MREMAP_MAYMOVE);
     while (mapped == MAP_FAILED && giveBackKept());
     if (mapped != MAP_FAILED)
-    {
-      std::memset(static_cast<char*>(mapped) + oldSize, 0, size - oldSize);
-      return mapped;
-    }
-    moved = mapPages(wanted); // a block that grew into the pages of another cannot be remapped
-    clearTo = oldSize;
+      moved = begin = static_cast<char*>(mapped);
+    else // perhaps since the block grew into the pages of another, which cannot be remapped together
+      moved = mapPages(wanted);
+    unclear = std::min(size, newSize);
   }
   if (!moved)
     return nullptr;
   if (moved != begin)
   {
-    std::memcpy(moved, block, std::min(oldSize, newSize));
+    std::memcpy(moved, begin, std::min(oldSize, newSize));
     keep({begin, size});
   }
-  if (newSize > oldSize)
-    std::memset(moved + oldSize, 0, clearTo - oldSize);
+  if (clear && unclear > oldSize)
+    std::memset(moved + oldSize, 0, unclear - oldSize);
   return moved;
 }
 

@@ -15,7 +15,7 @@ constexpr UINT kFixed = GMEM_FIXED | GMEM_ZEROINIT;
 
 } // namespace
 
-void* takeBlock(std::size_t size)
+void* takeBlock(std::size_t size, bool)
 {
   void* block = nullptr;
   if (const HGLOBAL handle = GlobalAlloc(kMovable, size))
@@ -31,7 +31,7 @@ void* takeBlock(std::size_t size)
   return block;
 }
 
-void* resizeBlock(void* block, std::size_t, std::size_t newSize)
+void* resizeBlock(void* block, std::size_t, std::size_t newSize, bool)
 {
   const HGLOBAL handle = GlobalHandle(block);
   GlobalUnlock(handle);
