@@ -14,6 +14,7 @@
 #include "Foundation/Container/TobjArray.h"
 
 #include <algorithm>
+#include <cstring>
 #include <initializer_list>
 #include <memory>
 #include <new>
@@ -165,7 +166,23 @@ public:
   long addLast(const X* values, unsigned int count) { return this->insertElement(values, this->fLength, count); }
 
   /// Inserts before \p index; past the end it appends.
-  long insert(const X& value, unsigned int index) { return this->insertElement(&value, index, 1); }
+  long insert(const X& value, unsigned int index)
+  {
+    if constexpr (kBytes && !std::is_array_v<X>)
+    {
+      const unsigned int length = this->fLength;
+      if (index < length && length < this->fPhysicalSize)
+      {
+        const X copy(value); // which may lie in the array
+        X* const at = this->data() + index;
+        std::memmove(static_cast<void*>(at + 1), at, std::size_t(length - index) * sizeof(X));
+        ::new (static_cast<void*>(at)) X(copy);
+        this->fLength = length + 1;
+        return 0;
+      }
+    }
+    return this->insertElement(&value, index, 1);
+  }
   long insert(const X* values, unsigned int count, unsigned int index)
   {
     return this->insertElement(values, index, count);
