@@ -91,7 +91,7 @@ TYPED_TEST(TypedArray, doesWhatAVectorDoes)
           ASSERT_GE(array.physicalSize(), at + index);
         },
         [&] {
-          array.setArray(array.data(), at, index), model.resize(at);
+          array.setArray(array.data(), at / 2, index), model.resize(at / 2);
           ASSERT_LE(array.physicalSize(), index);
         },
       };
