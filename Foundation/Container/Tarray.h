@@ -23,8 +23,8 @@ class TfootprintInfo;
 /// throw TmemoryException and leave the array as it was. Indices and counts beyond the end are brought back to it
 /// where the comment does not say otherwise. Values and arrays given as arguments may lie in the array itself.
 ///
-/// Buffers of kMappedBytes or more are mapped memory of the process allocator, smaller ones come from malloc(). One that
-/// grows by steps there may have up to half its size in addition, for the next steps; pack() gives that back too.
+/// Buffers of kMappedBytes or more are mapped memory of the process allocator, smaller ones come from malloc(). One
+/// that grows by steps there may have up to half its size in addition, for the next steps; pack() gives that back too.
 class FOUNDATION_API Tarray
 {
 public:
