@@ -18,6 +18,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <map>
 #include <memory>
 #include <random>
@@ -51,7 +52,12 @@ struct Ours
     array.find(value, index);
     return index;
   }
-  std::size_t capacity() const { return array.physicalSize(); }
+  std::size_t capacity() const // with the room that malloc() knows of
+  {
+    const std::size_t bytes = array.physicalSize() * sizeof(X);
+    return bytes < Tarray::kMappedBytes ? malloc_usable_size(const_cast<X*>(array.data())) / sizeof(X)
+                                        : array.physicalSize();
+  }
 };
 
 template <class X, class Vector>

@@ -4,6 +4,9 @@
 #include "Foundation/Debug/Texception.h"
 #include "Foundation/Memory/TfootprintInfo.h"
 #include "Foundation/Memory/TmallocAllocator.h"
+#include "Foundation/Memory/UnclearedBlocks.h"
+#include "Foundation/Platform/Memory.h"
+#include "Foundation/Platform/Sanitizer.h"
 #include "Foundation/Platform/Types.h"
 
 #include <algorithm>
@@ -25,6 +28,13 @@ constexpr char kTag[] = "Arrays";
 
 // Up to this size a buffer is copied to another one: realloc() goes past the allocator's lists of small free blocks.
 constexpr unsigned int kCopiedBytes = 1024;
+
+// A small buffer that grows gets a half more. Not where writes behind it are to be noticed.
+#ifdef FOUNDATION_ASAN
+constexpr bool kSpares = false;
+#else
+constexpr bool kSpares = true;
+#endif
 
 // An empty array has no address to copy from.
 void copyBytes(char* to, const void* from, std::size_t bytes)
@@ -152,7 +162,10 @@ Tarray::Tarray(Tarray&& other) noexcept
 
 Tarray& Tarray::operator=(const Tarray& other)
 {
-  if (this != &other)
+  // Typed arrays know their kind and do not come here.
+  if (TobjArray* objects = dynamic_cast<TobjArray*>(this))
+    *objects = static_cast<const TobjArray&>(other);
+  else if (this != &other)
     copyElements(0, other.fData, other.fLength);
   return *this;
 }
@@ -161,6 +174,7 @@ Tarray& Tarray::operator=(Tarray&& other) noexcept
 {
   if (this != &other)
   {
+    changePhysicalSizeTo(0);
     replaceBuffer(other.fData, other.fLength, other.fPhysicalSize);
     other.fData = nullptr;
     other.fLength = other.fPhysicalSize = 0;
@@ -187,7 +201,7 @@ long Tarray::changePhysicalSizeTo(unsigned int size)
     replaceBuffer(nullptr, 0, 0);
   else if (!fData)
     return allocateArray(size);
-  else if (size != fPhysicalSize)
+  else
   {
     fData = reallocate(bytesOf(fPhysicalSize), bytesOf(size), fData);
     fPhysicalSize = size;
@@ -224,7 +238,7 @@ long Tarray::expandArray(unsigned int length)
       allocateArray(size);
     else
     {
-      fData = reallocate(fPhysicalSize * fElementSize, bytesOf(size), fData);
+      fData = growBuffer(fPhysicalSize * fElementSize, bytesOf(size), fData);
       fPhysicalSize = size;
     }
     widenIncrement(grown);
@@ -275,21 +289,25 @@ long Tarray::removeAt(unsigned int index, unsigned int count)
 long Tarray::setArray(void* data, unsigned int length, unsigned int physicalSize)
 {
   const unsigned int bytes = bytesOf(physicalSize);
-  if (data != fData)
+  if (data && data == fData)
   {
-    changePhysicalSizeTo(0);
-    fData = static_cast<char*>(data);
+    changePhysicalSizeTo(std::min(physicalSize, fPhysicalSize));
+    return changeLogicalSizeTo(std::min(length, fPhysicalSize));
   }
-  if (fData && physicalSize == 0)
-    sReleaseBuffer(std::exchange(fData, nullptr), bytes);
-  fPhysicalSize = fData ? physicalSize : 0;
-  fLength = std::min(length, fPhysicalSize);
+  changePhysicalSizeTo(0);
+  if (data && physicalSize != 0)
+    replaceBuffer(static_cast<char*>(data), std::min(length, physicalSize), physicalSize);
+  else if (data)
+    sReleaseBuffer(data, bytes);
   return 0;
 }
 
 void* Tarray::sAllocateBuffer(unsigned int bytes)
 {
-  void* buffer = bytes < kMappedBytes ? std::malloc(std::max(bytes, 1U)) : mmapAlloc(bytes, kTag);
+  void* buffer = nullptr;
+  do
+    buffer = bytes < kMappedBytes ? std::malloc(std::max(bytes, 1U)) : takeUncleared(bytes, kTag);
+  while (!buffer && Platform::giveBackKept());
   if (!buffer)
     throw TmemoryException();
   return buffer;
@@ -306,21 +324,29 @@ void Tarray::sReleaseBuffer(void* buffer, unsigned int bytes) noexcept
 char* Tarray::reallocate(unsigned int oldBytes, unsigned int newBytes, char* buffer)
 {
   const bool wasMapped = oldBytes >= kMappedBytes, isMapped = newBytes >= kMappedBytes;
-  void* moved;
+  void* moved = nullptr;
   if (wasMapped && isMapped)
-    moved = mmapRealloc(buffer, newBytes, kTag);
+    moved = resizeUncleared(buffer, newBytes, kTag);
   else if (!wasMapped && !isMapped && newBytes > kCopiedBytes)
     moved = std::realloc(buffer, newBytes);
-  else
+  if (!moved)
   {
     moved = sAllocateBuffer(newBytes);
     // Not memcpy(), which the compiler would replace by an instruction that is slow to start.
     std::memmove(moved, buffer, std::min(oldBytes, newBytes));
     sReleaseBuffer(buffer, oldBytes);
   }
-  if (!moved)
-    throw TmemoryException();
   return static_cast<char*>(moved);
+}
+
+// Small arrays take many steps. Malloc knows of the room for more of them, the array does not.
+char* Tarray::growBuffer(unsigned int oldBytes, unsigned int newBytes, char* buffer)
+{
+  if (newBytes >= kMappedBytes)
+    return reallocate(oldBytes, newBytes, buffer);
+  if (Platform::usableSize(buffer) >= newBytes)
+    return buffer;
+  return reallocate(oldBytes, kSpares ? std::min(newBytes + newBytes / 2, kMappedBytes - 1) : newBytes, buffer);
 }
 
 void Tarray::replaceBuffer(char* data, unsigned int length, unsigned int physicalSize) noexcept
@@ -347,17 +373,17 @@ unsigned int Tarray::lengthPlus(unsigned int count) const
   return fLength + count;
 }
 
-std::ptrdiff_t Tarray::offsetOf(const void* source) const noexcept
+std::size_t Tarray::offsetOf(const void* source) const noexcept
 {
   const char* bytes = static_cast<const char*>(source);
   const bool inside = fData && !std::less<>()(bytes, fData) && std::less<>()(bytes, address(fLength));
-  return inside ? bytes - fData : -1;
+  return inside ? std::size_t(bytes - fData) : kOutside;
 }
 
 long Tarray::insertElement(const void* source, unsigned int index, unsigned int count)
 {
   const unsigned int length = lengthPlus(count);
-  const std::ptrdiff_t offset = offsetOf(source);
+  const std::size_t offset = offsetOf(source);
   const unsigned int tail = index < fLength ? fLength - index : 0;
   if (length > fPhysicalSize)
     expandArray(length);
@@ -366,7 +392,7 @@ long Tarray::insertElement(const void* source, unsigned int index, unsigned int 
   char* const at = address(length - count - tail);
   const std::size_t bytes = std::size_t(count) * fElementSize;
   copyBytes(at + bytes, at, std::size_t(tail) * fElementSize);
-  if (offset < 0)
+  if (offset == kOutside)
   {
     if (count == 1)
       copyElement(at, source, fElementSize);
@@ -404,10 +430,10 @@ long Tarray::copyElements(unsigned int at, const void* source, unsigned int coun
     fLength = length;
   else if (at != 0 && at == fLength)
   {
-    const std::ptrdiff_t offset = offsetOf(source);
+    const std::size_t offset = offsetOf(source);
     changePhysicalSizeTo(length);
     fLength = length;
-    source = offset < 0 ? source : fData + offset;
+    source = offset == kOutside ? source : fData + offset;
   }
   else
   {

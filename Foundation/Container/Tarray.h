@@ -12,6 +12,7 @@
 #include "Foundation/Platform/Export.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 class TfootprintInfo;
@@ -22,7 +23,8 @@ class TfootprintInfo;
 /// throw TmemoryException and leave the array as it was. Indices and counts beyond the end are brought back to it
 /// where the comment does not say otherwise. Values and arrays given as arguments may lie in the array itself.
 ///
-/// Buffers of kMappedBytes or more are mapped memory of the process allocator, smaller ones come from malloc().
+/// Buffers of kMappedBytes or more are mapped memory of the process allocator, smaller ones come from malloc(). One
+/// that grows by steps there may have up to half its size in addition, for the next steps; pack() gives that back too.
 class FOUNDATION_API Tarray
 {
 public:
@@ -96,7 +98,8 @@ public:
   long removeLast(unsigned int count = 1) { return expandArray(fLength - (count < fLength ? count : fLength)); }
 
   /// Takes over the buffer \p data of \p physicalSize elements of which \p length are in use, and frees the present
-  /// one. The buffer must come from sAllocateBuffer() or from copyTo() of an array; null makes the array empty.
+  /// one. The buffer must come from sAllocateBuffer() or from copyTo() of an array; null makes the array empty. The
+  /// array's own buffer is cut to these sizes, if it is larger. When it throws, the buffer is still the caller's.
   long setArray(void* data, unsigned int length, unsigned int physicalSize);
 
   /// A buffer as the arrays use them, of at least \p bytes. It is released by the array that takes it over, or by
@@ -104,7 +107,8 @@ public:
   static void* sAllocateBuffer(unsigned int bytes);
   static void sReleaseBuffer(void* buffer, unsigned int bytes) noexcept;
 
-  /// Adds the memory of \p array to \p info under \p name. A null array counts for nothing.
+  /// Adds the memory of \p array to \p info under \p name, without what malloc() has in addition. A null array counts
+  /// for nothing.
   static void sGetArrayFootprint(const Tarray* array, TfootprintInfo& info, const char* name);
 
   /// Whether length, size and buffer agree. For tests and assertions.
@@ -134,6 +138,9 @@ protected:
   /// throws, \p buffer is what it was.
   static char* reallocate(unsigned int oldBytes, unsigned int newBytes, char* buffer);
 
+  /// reallocate() for a buffer that grows by steps: one that malloc() gave may stay for some of them.
+  static char* growBuffer(unsigned int oldBytes, unsigned int newBytes, char* buffer);
+
   /// Bytes of \p count elements. Throws TmemoryException when 32 bits do not hold them.
   unsigned int bytesOf(unsigned int count) const;
 
@@ -151,8 +158,9 @@ protected:
   /// Frees the buffer and takes over \p data. No element is looked at.
   void replaceBuffer(char* data, unsigned int length, unsigned int physicalSize) noexcept;
 
-  /// Where \p source lies in the buffer, in bytes, or -1. To be asked before the buffer moves.
-  std::ptrdiff_t offsetOf(const void* source) const noexcept;
+  /// Where \p source lies in the buffer, in bytes, or kOutside. To be asked before the buffer moves.
+  static constexpr std::size_t kOutside = SIZE_MAX;
+  std::size_t offsetOf(const void* source) const noexcept;
 
   /// removeAt() for elements that are bytes.
   void removeBytes(unsigned int index, unsigned int count) noexcept

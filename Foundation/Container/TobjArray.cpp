@@ -61,17 +61,6 @@ TobjArray& TobjArray::operator=(const TobjArray& other)
   return *this;
 }
 
-TobjArray& TobjArray::operator=(TobjArray&& other) noexcept
-{
-  if (this != &other)
-  {
-    if (fLength != 0)
-      destruct(0, fLength);
-    Tarray::operator=(std::move(other));
-  }
-  return *this;
-}
-
 void TobjArray::construct(unsigned int, unsigned int) {}
 
 void TobjArray::destruct(unsigned int from, unsigned int count)
@@ -82,7 +71,7 @@ void TobjArray::destruct(unsigned int from, unsigned int count)
 void TobjArray::shuffle(unsigned int from, int by, unsigned int count)
 {
   char* const at = address(from);
-  std::memmove(at + std::ptrdiff_t(by) * fElementSize, at, std::size_t(count) * fElementSize);
+  std::memmove(at + std::ptrdiff_t(by) * std::ptrdiff_t(fElementSize), at, std::size_t(count) * fElementSize);
 }
 
 void TobjArray::initialize(char* to, char* from, unsigned int count)
@@ -211,7 +200,7 @@ long TobjArray::insertElement(const void* source, unsigned int index, unsigned i
   const unsigned int length = lengthPlus(count);
   if (count == 0)
     return 0;
-  const std::ptrdiff_t offset = offsetOf(source);
+  const std::size_t offset = offsetOf(source);
   makeRoom(length);
   index = std::min(index, fLength);
   const unsigned int tail = fLength - index;
@@ -222,7 +211,7 @@ long TobjArray::insertElement(const void* source, unsigned int index, unsigned i
   // Of elements of this array, those behind the gap have moved up with the tail.
   unsigned int before = count;
   char* behind = nullptr;
-  if (offset >= 0)
+  if (offset != kOutside)
   {
     from = fData + offset;
     before = from < at ? unsigned(std::min<std::size_t>(std::size_t(at - from) / fElementSize, count)) : 0;

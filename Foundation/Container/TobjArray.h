@@ -23,7 +23,7 @@ public:
   TobjArray(unsigned int elementSize, unsigned int sizeIncrement, bool movesBitwise);
 
   TobjArray& operator=(const TobjArray& other);
-  TobjArray& operator=(TobjArray&& other) noexcept;
+  TobjArray& operator=(TobjArray&& other) noexcept = default;
 
   /// As Tarray's, with elements that construct() made.
   long create(unsigned int count, unsigned int increment) override;

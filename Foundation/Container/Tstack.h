@@ -1,11 +1,15 @@
 /// \file
-/// Tstack: a stack of elements that are bytes.
+/// Tstack: a stack of elements that are bytes. TtypedStack is its typed face.
 ///
-/// Derive from it and wrap the protected operations as push(), pop() and getTop() of the element's type.
+/// Derive a stack of your own elements in one line:
+///
+/// \code
+///   class TedgeStack : public TtypedStack<Tedge> {};
+/// \endcode
 
 #pragma once
 
-#include "Foundation/Container/Tarray.h"
+#include "Foundation/Container/TtypedArray.h"
 
 /// A Tarray that grows and shrinks at its end, by steps of 4 at first.
 class FOUNDATION_API Tstack : public Tarray
@@ -25,4 +29,26 @@ protected:
 
   /// Copies the top to \p out, or returns false when there is none.
   bool getTopElement(void* out) const;
+};
+
+/// A stack of \p X, whose elements can be read and changed like those of an array, the oldest first.
+template <class X>
+class TtypedStack : public TarrayElements<X, Tstack>
+{
+  static_assert(std::is_trivially_copyable_v<X>, "elements of a stack are bytes");
+
+public:
+  TtypedStack()
+    : TarrayElements<X, Tstack>(unsigned(sizeof(X)))
+  {
+  }
+
+  /// Pushes a copy of \p value, which may lie in the stack; returns 0 or throws as arrays do.
+  long push(const X& value) { return this->insertElement(&value, this->fLength, 1); }
+
+  /// Moves the top to \p out, or returns false when there is none.
+  bool pop(X& out) { return this->popElement(&out); }
+
+  /// Copies the top to \p out, or returns false when there is none.
+  bool getTop(X& out) const { return this->getTopElement(&out); }
 };

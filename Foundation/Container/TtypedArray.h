@@ -14,6 +14,7 @@
 #include "Foundation/Container/TobjArray.h"
 
 #include <algorithm>
+#include <cstring>
 #include <initializer_list>
 #include <memory>
 #include <new>
@@ -25,6 +26,8 @@
 template <class X, class Base>
 class TarrayElements : public Base
 {
+  static_assert(alignof(X) <= 2 * sizeof(void*), "buffers are aligned as malloc aligns them everywhere");
+
 public:
   using value_type = X;
   using iterator = X*;
@@ -146,19 +149,40 @@ public:
     if constexpr (kBytes && !std::is_array_v<X>)
     {
       const unsigned int length = this->fLength;
-      if (length < this->fPhysicalSize)
+      if (length == this->fPhysicalSize)
       {
-        ::new (static_cast<void*>(this->data() + length)) X(value);
-        this->fLength = length + 1; // which the element, for all the compiler knows, might have overwritten
-        return 0;
+        const X copy(value); // by its address compilers would put each value into memory
+        this->expandArray(sizeof(X) == 1 ? this->lengthPlus(1) : length + 1);
+        ::new (static_cast<void*>(this->data() + length)) X(copy);
       }
+      else
+        ::new (static_cast<void*>(this->data() + length)) X(value);
+      this->fLength = length + 1; // which the element, for all the compiler knows, might have overwritten
+      return 0;
     }
-    return this->insertElement(&value, this->fLength, 1);
+    else
+      return this->insertElement(&value, this->fLength, 1);
   }
   long addLast(const X* values, unsigned int count) { return this->insertElement(values, this->fLength, count); }
 
   /// Inserts before \p index; past the end it appends.
-  long insert(const X& value, unsigned int index) { return this->insertElement(&value, index, 1); }
+  long insert(const X& value, unsigned int index)
+  {
+    if constexpr (kBytes && !std::is_array_v<X>)
+    {
+      const unsigned int length = this->fLength;
+      if (index < length && length < this->fPhysicalSize)
+      {
+        const X copy(value); // which may lie in the array
+        X* const at = this->data() + index;
+        std::memmove(static_cast<void*>(at + 1), at, std::size_t(length - index) * sizeof(X));
+        ::new (static_cast<void*>(at)) X(copy);
+        this->fLength = length + 1;
+        return 0;
+      }
+    }
+    return this->insertElement(&value, index, 1);
+  }
   long insert(const X* values, unsigned int count, unsigned int index)
   {
     return this->insertElement(values, index, count);
@@ -234,7 +258,7 @@ public:
   }
 
   /// Gives the caller a copy of the elements, in a buffer of just their size that setArray() of another array takes
-  /// over or sReleaseBuffer() frees; null if there are none.
+  /// over; null if there are none. sReleaseBuffer() frees it, and does not end the life of elements that have one.
   long copyTo(void** const copy) const
   {
     *copy = this->copyOfElements();

@@ -7,6 +7,8 @@
 #include "Foundation/Container/TtypedArray.h"
 #include "Foundation/Platform/Types.h"
 
+#include <cstddef>
+#include <functional>
 #include <ostream>
 
 /// Red, green, blue and coverage, each from 0 to 255. Black and opaque at first.
@@ -42,6 +44,16 @@ inline std::ostream& operator<<(std::ostream& out, const TportColor& color)
   return out << '[' << int(color.red()) << ' ' << int(color.green()) << ' ' << int(color.blue()) << ' '
              << int(color.alpha()) << ']';
 }
+
+template <>
+struct std::hash<TportColor>
+{
+  std::size_t operator()(const TportColor& color) const noexcept
+  {
+    return hash<TuInt32>()(TuInt32(color.red()) << 24 | TuInt32(color.green()) << 16 | TuInt32(color.blue()) << 8 |
+                           color.alpha());
+  }
+};
 
 // clang-format off
 class TportColorArray : public TtypedArray<TportColor> { public: using TtypedArray::TtypedArray; };

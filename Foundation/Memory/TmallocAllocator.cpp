@@ -3,6 +3,7 @@
 #include "Foundation/Debug/TerrorHandler.h"
 #include "Foundation/Debug/Texception.h"
 #include "Foundation/Memory/BlockStatistics.h"
+#include "Foundation/Memory/UnclearedBlocks.h"
 #include "Foundation/Platform/Descriptor.h"
 #include "Foundation/Platform/Memory.h"
 #include "Foundation/String/Tstring.h"
@@ -55,6 +56,13 @@ void ensureOpen()
   throw TmemoryException();
 }
 
+// The handler of operator new, which asks again when this returns.
+void makeFree()
+{
+  if (!Platform::giveBackKept())
+    throwMemoryException();
+}
+
 std::new_handler gFormerHandler = nullptr;
 
 // From the library's loading to its end. The blocks and their table stay for those who end later.
@@ -64,7 +72,7 @@ const struct Tlifetime
   ~Tlifetime()
   {
     TmallocAllocator::purge();
-    if (std::get_new_handler() == throwMemoryException) // which may go with the library
+    if (std::get_new_handler() == makeFree) // which may go with the library
       std::set_new_handler(gFormerHandler);
   }
 } gLifetime;
@@ -203,10 +211,13 @@ void countLarge(Tint64 change)
 
 void* takeSmall(unsigned int size)
 {
-  void* block = std::malloc(size);
-  if (!block && size != 0)
-    throwMemoryException();
-  return block;
+  for (;;)
+  {
+    void* block = std::malloc(size);
+    if (block || size == 0)
+      return block;
+    makeFree();
+  }
 }
 
 // Aligns the size of a large block; false when it does not fit and exceptions are switched off.
@@ -223,12 +234,12 @@ bool alignLarge(unsigned int& size)
 }
 
 // A large block of a size that becomes aligned; null when exceptions are switched off.
-void* takeLarge(unsigned int& size)
+void* takeLarge(unsigned int& size, bool clear)
 {
   if (!alignLarge(size))
     return nullptr;
   ensureFreeMemory(size);
-  void* block = Platform::takeBlock(size);
+  void* block = Platform::takeBlock(size, clear);
   if (block)
     countLarge(size);
   else
@@ -240,13 +251,13 @@ void* takeLarge(unsigned int& size)
 }
 
 // The same size again, or another one between large sizes.
-void* resizeLarge(void* block, unsigned int oldSize, unsigned int& size)
+void* resizeLarge(void* block, unsigned int oldSize, unsigned int& size, bool clear)
 {
   if (!alignLarge(size))
     return nullptr;
   if (size > oldSize)
     ensureFreeMemory(size - oldSize);
-  void* moved = Platform::resizeBlock(block, oldSize, size);
+  void* moved = Platform::resizeBlock(block, oldSize, size, clear);
   if (moved)
     countLarge(Tint64(size) - oldSize);
   else
@@ -266,6 +277,79 @@ void releaseLarge(void* block, unsigned int size)
 const char* orEmpty(const char* tag)
 {
   return tag ? tag : "";
+}
+
+void* take(unsigned int size, const char* tag, bool clear)
+{
+  ensureOpen();
+  if (gUseMalloc)
+    return takeSmall(size);
+  if (size == 0)
+    return nullptr;
+  const bool large = size >= kLargeSize;
+  void* block = large ? takeLarge(size, clear) : takeSmall(size);
+  if (!block)
+    return nullptr;
+  if (void* memory = std::malloc(sizeof(TmmapEntry)))
+  {
+    TmmapEntry* entry = new (memory) TmmapEntry;
+    entry->fSize = size;
+    entry->fTag = orEmpty(tag);
+    entry->fMap = large ? gZeroedMemory : nullptr;
+    gBlocks->insert(entry, block);
+  }
+  else
+    std::fprintf(stderr, "Invalid entry in mmapAlloc %" PRIxPTR "\n", reinterpret_cast<std::uintptr_t>(block));
+  return block;
+}
+
+void* resize(void* block, unsigned int size, const char* tag, bool clear)
+{
+  ensureOpen();
+  if (!block)
+    return take(size, tag, clear);
+  if (size == 0)
+  {
+    mmapFree(block);
+    return nullptr;
+  }
+  TmmapEntry* entry = gUseMalloc ? nullptr : const_cast<TmmapEntry*>(gBlocks->find(block));
+  if (!gUseMalloc && !entry)
+    return nullptr;
+
+  // Nothing is released or recorded before the new block is there.
+  const unsigned int oldSize = entry ? entry->fSize : 0;
+  const bool wasLarge = entry && entry->fMap;
+  const bool large = !gUseMalloc && size >= kLargeSize;
+  void* moved = nullptr;
+  if (!wasLarge && !large)
+  {
+    while (!(moved = std::realloc(block, size)))
+      makeFree();
+  }
+  else if (wasLarge && large)
+    moved = resizeLarge(block, oldSize, size, clear);
+  else
+    moved = large ? takeLarge(size, clear) : takeSmall(size);
+  if (!moved || gUseMalloc)
+    return moved;
+  if (wasLarge != large)
+  {
+    std::memcpy(moved, block, std::min(oldSize, size));
+    if (wasLarge)
+      releaseLarge(block, oldSize);
+    else
+      std::free(block);
+  }
+  if (moved != block)
+  {
+    gBlocks->remove(block); // NOLINT(clang-analyzer-unix.Malloc): a key, no more
+    gBlocks->insert(entry, moved);
+  }
+  entry->fSize = size;
+  entry->fTag = orEmpty(tag);
+  entry->fMap = large ? gZeroedMemory : nullptr;
+  return moved;
 }
 
 } // namespace
@@ -324,34 +408,15 @@ void* TmallocAllocator::realloc(void* block, unsigned int size, const char* tag)
 
 void* TmallocAllocator::alloc(unsigned int size, const char* tag)
 {
-  ensureOpen();
-  if (gUseMalloc)
-    return takeSmall(size);
-  if (size == 0)
-    return nullptr;
-  const bool large = size >= kLargeSize;
-  void* block = large ? takeLarge(size) : takeSmall(size);
-  if (!block)
-    return nullptr;
-  if (void* memory = std::malloc(sizeof(TmmapEntry)))
-  {
-    TmmapEntry* entry = new (memory) TmmapEntry;
-    entry->fSize = size;
-    entry->fTag = orEmpty(tag);
-    entry->fMap = large ? gZeroedMemory : nullptr;
-    gBlocks->insert(entry, block);
-  }
-  else
-    std::fprintf(stderr, "Invalid entry in mmapAlloc %" PRIxPTR "\n", reinterpret_cast<std::uintptr_t>(block));
-  return block;
+  return take(size, tag, true);
 }
 
 Tmmap* TmallocAllocator::open(const char* diskFile)
 {
   if (!gOpened)
   {
-    if (std::get_new_handler() != throwMemoryException) // it is there already when memory ran out last time
-      gFormerHandler = std::set_new_handler(throwMemoryException);
+    if (std::get_new_handler() != makeFree) // it is there already when memory ran out last time
+      gFormerHandler = std::set_new_handler(makeFree);
     gUseMalloc = std::getenv("VEXA_USE_MALLOC");
     const Platform::SystemMemory memory = Platform::systemMemory();
     gMaximumSwap = memory.maximumSwap;
@@ -504,52 +569,17 @@ void* mmapAlloc(unsigned int size, const char* tag)
 
 void* mmapRealloc(void* block, unsigned int size, const char* tag)
 {
-  ensureOpen();
-  if (!block)
-    return TmallocAllocator::alloc(size, tag);
-  if (size == 0)
-  {
-    mmapFree(block);
-    return nullptr;
-  }
-  TmmapEntry* entry = gUseMalloc ? nullptr : const_cast<TmmapEntry*>(gBlocks->find(block));
-  if (!gUseMalloc && !entry)
-    return nullptr;
+  return resize(block, size, tag, true);
+}
 
-  // Nothing is released or recorded before the new block is there.
-  const unsigned int oldSize = entry ? entry->fSize : 0;
-  const bool wasLarge = entry && entry->fMap;
-  const bool large = !gUseMalloc && size >= kLargeSize;
-  void* moved = nullptr;
-  if (!wasLarge && !large)
-  {
-    moved = std::realloc(block, size);
-    if (!moved)
-      throwMemoryException();
-  }
-  else if (wasLarge && large)
-    moved = resizeLarge(block, oldSize, size);
-  else
-    moved = large ? takeLarge(size) : takeSmall(size);
-  if (!moved || gUseMalloc)
-    return moved;
-  if (wasLarge != large)
-  {
-    std::memcpy(moved, block, std::min(oldSize, size));
-    if (wasLarge)
-      releaseLarge(block, oldSize);
-    else
-      std::free(block);
-  }
-  if (moved != block)
-  {
-    gBlocks->remove(block); // NOLINT(clang-analyzer-unix.Malloc): a key, no more
-    gBlocks->insert(entry, moved);
-  }
-  entry->fSize = size;
-  entry->fTag = orEmpty(tag);
-  entry->fMap = large ? gZeroedMemory : nullptr;
-  return moved;
+void* takeUncleared(unsigned int size, const char* tag)
+{
+  return take(size, tag, false);
+}
+
+void* resizeUncleared(void* block, unsigned int size, const char* tag)
+{
+  return resize(block, size, tag, false);
 }
 
 unsigned int mmapFree(void* block)

@@ -2,8 +2,9 @@
 /// TmallocAllocator: the process-wide source of pages and large buffers.
 ///
 /// Use it for buffers that may grow large (arrays do) and as the source of arenas. Blocks below 31,744 bytes come from
-/// malloc; larger ones come whole from the system, filled with zeros, and go back whole. Each block is recorded with
-/// its size and a tag, so that it can be told what memory is used for. Before the machine runs dry, a request is
+/// malloc; larger ones come whole from the system, filled with zeros, and go back whole, but for at most 16 MiB of
+/// released pages that stay for the next large blocks until memory runs low. Each block is recorded with its size and a
+/// tag, so that it can be told what memory is used for. Before the machine runs dry, a request is
 /// answered with a report on standard error and a TmemoryException. Not for small objects: a block costs a record
 /// besides.
 ///

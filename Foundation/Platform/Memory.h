@@ -9,15 +9,23 @@
 
 namespace Platform {
 
-/// A block of zeros that goes back to the system whole, aligned to 8 or better. Null with errno.
-void* takeBlock(std::size_t size);
+/// A block that goes back to the system whole, aligned to 8 or better, of zeros if \p clear. Null with errno.
+void* takeBlock(std::size_t size, bool clear);
 
-/// Changes the size of a block, which may move; what it gains is zero. Null with errno, and the block stays as it was.
-void* resizeBlock(void* block, std::size_t oldSize, std::size_t newSize);
+/// Changes the size of a block, which may move; what it gains is zero if \p clear. Null with errno, and the block stays
+/// as it was.
+void* resizeBlock(void* block, std::size_t oldSize, std::size_t newSize, bool clear);
 
+/// Some MiB of released blocks may stay with the process, for the blocks to come.
 void releaseBlock(void* block, std::size_t size);
 
-/// Returns what the process's heaps can spare to the system. Linear in the heaps' free memory.
+/// Gives those back to the system; false when there are none. Any thread may ask.
+bool giveBackKept();
+
+/// How many bytes a block from malloc() has, at least those asked for.
+std::size_t usableSize(void* block);
+
+/// Returns what the process's heaps can spare to the system, kept blocks too. Linear in the heaps' free memory.
 void compactHeaps();
 
 /// In bytes.

@@ -6,7 +6,9 @@
 #include "Foundation/Container/StringArrays.h"
 #include "Foundation/Platform/Types.h"
 
+#include <functional>
 #include <ostream>
+#include <utility>
 
 /// A text that names a file, with '/' between its parts. Nothing asks whether there is such a file. Copies share the
 /// text.
@@ -91,6 +93,18 @@ inline std::ostream& operator<<(std::ostream& out, const TresId& id)
 {
   return out << id.number();
 }
+
+template <>
+struct std::hash<TfilePath>
+{
+  std::size_t operator()(const TfilePath& path) const noexcept { return hash<Tstring>()(path.asString()); }
+};
+
+template <>
+struct std::hash<TresId>
+{
+  std::size_t operator()(const TresId& id) const noexcept { return hash<Tint32>()(id.number()); }
+};
 
 // clang-format off
 class TfilePathArray : public TtypedObjArray<TfilePath> { public: using TtypedArray::TtypedArray; };

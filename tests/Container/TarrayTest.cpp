@@ -90,16 +90,22 @@ TYPED_TEST(TypedArray, doesWhatAVectorDoes)
           array.changeLogicalSizeBy(long(at) - long(length)), array.buffer(index), model.resize(at);
           ASSERT_GE(array.physicalSize(), at + index);
         },
+        [&] {
+          array.setArray(array.data(), at / 2, index), model.resize(at / 2);
+          ASSERT_LE(array.physicalSize(), index);
+        },
       };
       changes[below(std::size(changes))]();
       expectEqual(array, model);
       expectEqual(other, otherModel);
     }
-    other = array;
+    Tarray &untyped = other, &source = array; // which know nothing of elements
+    untyped = source;
     expectEqual(other, model);
+    source = std::move(untyped);
+    expectEqual(array, model);
     other.create(4, 2);
     other.changeLogicalSizeTo(9);
-    Tarray& untyped = other; // which knows nothing of elements
     untyped.removeAt(2, 3);
     untyped.removeLast();
     EXPECT_EQ(other.length(), 5U);
@@ -293,21 +299,15 @@ TEST(Tarray, holdsSmallValues)
 
 TEST(Tstack, givesBackInReverse)
 {
-  struct Stack : Tstack
-  {
-    using Tstack::getTopElement;
-    using Tstack::popElement;
-    using Tstack::pushElement;
-    using Tstack::Tstack;
-  } stack(sizeof(double));
+  TtypedStack<double> stack;
   double value = 0, top = 0;
-  EXPECT_FALSE(stack.popElement(&value) || stack.getTopElement(&value));
+  EXPECT_FALSE(stack.pop(value) || stack.getTop(value));
   for (int i = 0; i < 9; value = ++i)
-    EXPECT_EQ(stack.pushElement(&value), 0);
+    EXPECT_EQ(stack.push(value), 0);
   EXPECT_EQ(stack.physicalSize(), 12U);
   while (!stack.isEmpty())
   {
-    EXPECT_TRUE(stack.getTopElement(&top) && stack.popElement(&value));
+    EXPECT_TRUE(stack.getTop(top) && stack.pop(value));
     EXPECT_EQ(value, top);
     EXPECT_EQ(value, stack.length());
   }

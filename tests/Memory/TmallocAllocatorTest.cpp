@@ -1,4 +1,5 @@
 #include "Foundation/Memory/TmallocAllocator.h"
+#include "Foundation/Container/NumberArrays.h"
 #include "Foundation/Container/StringArrays.h"
 #include "Foundation/Debug/TerrorHandler.h"
 #include "Foundation/Debug/Texception.h"
@@ -15,7 +16,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <iterator>
 #include <new>
+#include <random>
 #include <sstream>
 
 namespace {
@@ -121,6 +125,30 @@ TEST(TmallocAllocator, tellsWhatMemoryIsUsedFor)
   EXPECT_TRUE(lines.length() == 3 && lines[1] == "   0.130 Mb\tscene\n");
   for (void* block : blocks)
     mmapFree(block);
+}
+
+// Large blocks that come, grow, shrink and go in any order, among them such as grow into pages that others left.
+TEST(TmallocAllocator, handsReleasedPagesOutClean)
+{
+  struct Block
+  {
+    char* data = nullptr;
+    unsigned size = 0;
+  } blocks[12];
+  std::mt19937 random(1);
+  for (int step = 0; step < 2000; ++step)
+  {
+    Block& block = blocks[random() % std::size(blocks)];
+    const unsigned size = step % 5 == 0 ? 0 : recordedSize(kLarge + unsigned(random() % 400000));
+    ASSERT_TRUE(isFilled(block.data, block.size));
+    block.data = static_cast<char*>(mmapRealloc(block.data, size, "pages"));
+    const unsigned kept = std::min(size, block.size);
+    ASSERT_TRUE(isFilled(block.data, kept));
+    ASSERT_EQ(std::count(block.data + kept, block.data + size, '\0'), size - kept);
+    fill(block.data, block.size = size);
+  }
+  for (const Block& block : blocks)
+    mmapFree(block.data);
 }
 
 TEST(TmallocAllocator, runsOutOfNumbers)
@@ -253,6 +281,35 @@ TEST(TmallocAllocator, reportsLowMemory)
   }
   mmapFree(small);
   mmapFree(large);
+}
+
+TEST(TmallocAllocator, keepsFewReleasedPagesUntilMemoryRunsLow)
+{
+  constexpr unsigned kBytes = 100000000, kMost = 16 << 20;
+  std::ostringstream out;
+  TmallocAllocator::printStatistics(out); // which gives pages back
+  const Tint64 heap = Tint64(TresourceQuery::heapSize());
+  const std::function<void()> needs[] = {
+    [&out] { TmallocAllocator::printStatistics(out); },
+    [] { mmapFree(mmapAlloc(kBytes, "large")); },
+    [] { mmapFree(mmapAlloc(100, "small")); },
+    [] { mmapFree(mmapRealloc(mmapAlloc(100, "small"), 5000, "small")); },
+    [] { ::operator delete(::operator new(1000)); },
+    [] { TdoubleArray(4).create(3000, 4); },
+  };
+  for (const auto& need : needs)
+  {
+    void* blocks[] = {mmapAlloc(kBytes, "kept"), mmapAlloc(50000, "kept"), mmapAlloc(kBytes, "kept")};
+    for (void* block : blocks)
+      mmapFree(block);
+    EXPECT_NEAR(double(Tint64(TresourceQuery::heapSize()) - heap), kMost, 1000000);
+    failAllocations(0, 1);
+    EXPECT_NO_THROW(need());
+    EXPECT_EQ(failedAllocations(), &need == needs ? 0 : 1) << &need - needs;
+    failAllocations(0, 0);
+  }
+  TmallocAllocator::printStatistics(out);
+  EXPECT_NEAR(double(Tint64(TresourceQuery::heapSize()) - heap), 0, 1000000);
 }
 
 // Each call either does all it should or throws and leaves everything as it was.

@@ -16,6 +16,11 @@ int main()
   const TosTime ticks(40);
   return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 &&
              range.contains(keys[0].time()) && unit != TtimeUnit() && end - span > Ttime(ticks.ticks())
+  TtypedStack<Tint32> stack;
+  stack.push(7);
+  stack.push(8);
+  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 &&
+             stack.length() == 2
            ? 0
            : 1; // stop here
 }

@@ -1,6 +1,9 @@
 #include "Foundation/Platform/Memory.h"
 
+#include "Foundation/Platform/Sanitizer.h"
+
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -37,34 +40,192 @@ bool findBytes(const char* text, const char* name, TuInt64& bytes)
   return place;
 }
 
-} // namespace
-
-void* takeBlock(std::size_t size)
+std::size_t wholePages(std::size_t size)
 {
-  void* block = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-  return block == MAP_FAILED ? nullptr : block;
+  static const std::size_t page = std::size_t(sysconf(_SC_PAGESIZE));
+  return (size + page - 1) & ~(page - 1);
 }
 
-void* resizeBlock(void* block, std::size_t oldSize, std::size_t newSize)
+// Pages of released blocks are kept for the next ones, since new ones cost ten times what it takes to clear them. A
+// block that was cut from the front of a run grows into the rest of it. All sizes are whole pages.
+struct Run
 {
-  void* moved = mremap(block, oldSize, newSize, MREMAP_MAYMOVE);
-  if (moved == MAP_FAILED)
-    return nullptr;
-  if (newSize > oldSize) // the rest of the last page may have been in use
+  char* begin;
+  std::size_t size;
+
+  char* end() const { return begin + size; }
+};
+
+#ifdef FOUNDATION_ASAN
+constexpr std::size_t kMostKept = 0; // so that released blocks are not touched unnoticed
+#else
+constexpr std::size_t kMostKept = 16 << 20;
+#endif
+constexpr int kMostRuns = 16;
+Run gRuns[kMostRuns]; // the one kept longest first
+int gRunCount = 0;
+std::size_t gKept = 0; // bytes
+std::atomic_flag gRunsTaken = ATOMIC_FLAG_INIT;
+
+// Of several threads one has the runs. The others do without.
+class RunsClaim
+{
+public:
+  RunsClaim() = default;
+  RunsClaim(const RunsClaim&) = delete;
+  RunsClaim& operator=(const RunsClaim&) = delete;
+  ~RunsClaim()
   {
-    const std::size_t rest = -oldSize & (std::size_t(sysconf(_SC_PAGESIZE)) - 1);
-    std::memset(static_cast<char*>(moved) + oldSize, 0, std::min(rest, newSize - oldSize));
+    if (fMine)
+      gRunsTaken.clear(std::memory_order_release);
   }
+  explicit operator bool() const { return fMine; }
+
+private:
+  const bool fMine = !gRunsTaken.test_and_set(std::memory_order_acquire);
+};
+
+void forgetRun(Run* run)
+{
+  gKept -= run->size;
+  std::copy(run + 1, gRuns + gRunCount--, run);
+}
+
+// The first pages of a run, which \p suits says may do; of several the smallest. Null when there is none.
+template <class Suits>
+char* takeKept(std::size_t size, Suits suits)
+{
+  const RunsClaim claim;
+  Run* best = nullptr;
+  for (Run* run = gRuns; claim && run != gRuns + gRunCount; ++run)
+  {
+    if (run->size >= size && suits(*run) && (!best || run->size < best->size))
+      best = run;
+  }
+  if (!best)
+    return nullptr;
+  char* const pages = best->begin;
+  best->begin += size;
+  best->size -= size;
+  gKept -= size;
+  if (best->size == 0)
+    forgetRun(best);
+  return pages;
+}
+
+char* takeKept(std::size_t size)
+{
+  return takeKept(size, [](const Run&) { return true; });
+}
+
+bool takeKeptAt(const char* place, std::size_t size)
+{
+  return takeKept(size, [place](const Run& run) { return run.begin == place; });
+}
+
+// Keeps pages, if need be in the place of others or only the first of them, and gives the rest back.
+void keep(Run pages)
+{
+  const RunsClaim claim;
+  for (int i = gRunCount; claim && i-- > 0;)
+  {
+    const Run run = gRuns[i];
+    if (run.end() != pages.begin && pages.end() != run.begin)
+      continue;
+    pages = {std::min(run.begin, pages.begin), run.size + pages.size};
+    forgetRun(gRuns + i);
+  }
+  const std::size_t kept = claim ? std::min(pages.size, kMostKept) : 0;
+  if (kept < pages.size)
+    munmap(pages.begin + kept, pages.size - kept);
+  if (kept == 0)
+    return;
+  while (gRunCount == kMostRuns || gKept + kept > kMostKept)
+  {
+    munmap(gRuns->begin, gRuns->size);
+    forgetRun(gRuns);
+  }
+  gRuns[gRunCount++] = {pages.begin, kept};
+  gKept += kept;
+}
+
+// Pages of zeros that nobody had yet.
+char* mapPages(std::size_t size)
+{
+  void* pages = MAP_FAILED;
+  do
+    pages = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  while (pages == MAP_FAILED && giveBackKept());
+  return pages == MAP_FAILED ? nullptr : static_cast<char*>(pages);
+}
+
+} // namespace
+
+bool giveBackKept()
+{
+  const RunsClaim claim;
+  const bool any = claim && gRunCount != 0;
+  while (claim && gRunCount != 0)
+  {
+    munmap(gRuns->begin, gRuns->size);
+    forgetRun(gRuns);
+  }
+  return any;
+}
+
+void* takeBlock(std::size_t size, bool clear)
+{
+  char* const pages = takeKept(wholePages(size));
+  if (pages && clear)
+    std::memset(pages, 0, size);
+  return pages ? pages : mapPages(wholePages(size));
+}
+
+void* resizeBlock(void* block, std::size_t oldSize, std::size_t newSize, bool clear)
+{
+  char* begin = static_cast<char*>(block);
+  const std::size_t size = wholePages(oldSize), wanted = wholePages(newSize);
+  if (wanted < size)
+    keep({begin + wanted, size - wanted});
+  char* moved = wanted <= size || takeKeptAt(begin + size, wanted - size) ? begin : takeKept(wanted);
+  std::size_t unclear = newSize; // the bytes behind are zeros
+  if (!moved)
+  {
+    void* mapped = MAP_FAILED;
+    do
+      mapped = mremap(block, size, wanted, MREMAP_MAYMOVE);
+    while (mapped == MAP_FAILED && giveBackKept());
+    if (mapped != MAP_FAILED)
+      moved = begin = static_cast<char*>(mapped);
+    else // perhaps since the block grew into the pages of another, which cannot be remapped together
+      moved = mapPages(wanted);
+    unclear = std::min(size, newSize);
+  }
+  if (!moved)
+    return nullptr;
+  if (moved != begin)
+  {
+    std::memcpy(moved, begin, std::min(oldSize, newSize));
+    keep({begin, size});
+  }
+  if (clear && unclear > oldSize)
+    std::memset(moved + oldSize, 0, unclear - oldSize);
   return moved;
 }
 
 void releaseBlock(void* block, std::size_t size)
 {
-  munmap(block, size);
+  keep({static_cast<char*>(block), wholePages(size)});
+}
+
+std::size_t usableSize(void* block)
+{
+  return malloc_usable_size(block);
 }
 
 void compactHeaps()
 {
+  giveBackKept();
   malloc_trim(0);
 }
 

@@ -1,6 +1,7 @@
 #include "Foundation/Platform/Memory.h"
 
 #include <cerrno>
+#include <malloc.h>
 #include <windows.h>
 
 #include <psapi.h>
@@ -14,7 +15,7 @@ constexpr UINT kFixed = GMEM_FIXED | GMEM_ZEROINIT;
 
 } // namespace
 
-void* takeBlock(std::size_t size)
+void* takeBlock(std::size_t size, bool)
 {
   void* block = nullptr;
   if (const HGLOBAL handle = GlobalAlloc(kMovable, size))
@@ -30,7 +31,7 @@ void* takeBlock(std::size_t size)
   return block;
 }
 
-void* resizeBlock(void* block, std::size_t, std::size_t newSize)
+void* resizeBlock(void* block, std::size_t, std::size_t newSize, bool)
 {
   const HGLOBAL handle = GlobalHandle(block);
   GlobalUnlock(handle);
@@ -47,6 +48,17 @@ void releaseBlock(void* block, std::size_t)
   const HGLOBAL handle = GlobalHandle(block);
   GlobalUnlock(handle);
   GlobalFree(handle);
+}
+
+// The system's heaps keep what they think fit.
+bool giveBackKept()
+{
+  return false;
+}
+
+std::size_t usableSize(void* block)
+{
+  return _msize(block);
 }
 
 void compactHeaps()
