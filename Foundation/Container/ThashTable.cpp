@@ -130,16 +130,6 @@ bool ThashTable::validate() const noexcept
   return count == fEntryCount;
 }
 
-bool ThashTable::insertWithHash(ThashTableEntry* entry, TuInt32 hash) noexcept
-{
-  ThashTableEntry*& head = fBuckets[tableIndex(fBucketCount, hash)];
-  entry->fHash = hash;
-  entry->fNext = head;
-  head = entry;
-  ++fEntryCount;
-  return fEntryCount <= fHighWaterMark || fBucketCount > fMaximumCount / 2 || setTableSize(fBucketCount * 2);
-}
-
 void ThashTable::unlinkEntry(ThashTableEntry* entry) noexcept
 {
   ThashTableIterator(*this)._remove(entry, tableIndex(fBucketCount, entry->fHash));

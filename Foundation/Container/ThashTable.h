@@ -155,7 +155,15 @@ public:
 protected:
   /// Puts \p entry at the head of its bucket and doubles the bucket count when the entry count has passed the
   /// high-water mark. False when there was no memory for that: the entry is in the table all the same.
-  bool insertWithHash(ThashTableEntry* entry, TuInt32 hash) noexcept;
+  bool insertWithHash(ThashTableEntry* entry, TuInt32 hash) noexcept
+  {
+    ThashTableEntry*& head = fBuckets[tableIndex(fBucketCount, hash)];
+    entry->fHash = hash;
+    entry->fNext = head;
+    head = entry;
+    ++fEntryCount;
+    return fEntryCount <= fHighWaterMark || fBucketCount > fMaximumCount / 2 || setTableSize(fBucketCount * 2);
+  }
 
   /// The newest entry with \p hash for which \p matches, called with a `const Entry&`, is true; null if there is none.
   template <class Entry, class Matches>

@@ -36,7 +36,11 @@ public:
   }
 
   /// Adds \p entry for \p key, which must have none. It must stay where it is until remove() gives it back.
-  void insert(TptrHashTableEntry* entry, const void* key) noexcept;
+  void insert(TptrHashTableEntry* entry, const void* key) noexcept
+  {
+    entry->fKey = key;
+    insertWithHash(entry, hash(key));
+  }
 
   /// The entry of \p key, null when there is none.
   TptrHashTableEntry* find(const void* key) const noexcept
