@@ -42,15 +42,16 @@ public:
   std::uint64_t fValue;
 };
 
-class Dictionary : public Tdictionary
+template <class Base>
+class Dictionary : public Base
 {
 public:
   void insert(std::uint64_t key, std::uint64_t value)
   {
     Node node(key, value);
     Tbookmark bookmark;
-    if (!searchNode(node, bookmark))
-      insertNode(node, bookmark);
+    if (!this->searchNode(node, bookmark))
+      this->insertNode(node, bookmark);
   }
   const std::uint64_t* find(std::uint64_t key) const
   {
@@ -61,7 +62,7 @@ public:
   std::uint64_t sum() const
   {
     std::uint64_t total = 0;
-    for (const TdictionaryNode& each : *this)
+    for (const auto& each : *this)
       total += static_cast<const Node&>(each).fValue;
     return total;
   }
@@ -119,7 +120,8 @@ int main(int argc, char** argv)
   for (const std::size_t size : {1000U, 30000U, 1000000U})
   {
     const auto keys = std::make_shared<Keys<std::uint64_t>>(size, [](std::uint64_t number) { return number; });
-    addKeyed<Dictionary, true>(cases, "numbers", "Tdictionary", true, keys);
+    addKeyed<Dictionary<Tdictionary>, true>(cases, "numbers", "Tdictionary", true, keys);
+    addKeyed<Dictionary<TdictionaryOf<Node>>, true>(cases, "numbers", "TdictionaryOf", true, keys);
     addKeyed<Peer<std::map<std::uint64_t, std::uint64_t>>, true>(cases, "numbers", "std", false, keys);
     addKeyed<QtPeer, true>(cases, "numbers", "QMap", false, keys);
     addKeyed<Peer<absl::btree_map<std::uint64_t, std::uint64_t>>, true>(cases, "numbers", "absl", false, keys);

@@ -53,15 +53,90 @@ class TarrayPrinter:
         return "array"
 
 
-def element_type(array):
-    """That of a class which derives from TarrayElements, or None."""
-    if array.name and array.name.startswith("TarrayElements<"):
-        return array.template_argument(0)
-    for field in array.fields() if array.code == gdb.TYPE_CODE_STRUCT else []:
+class TablePrinter:
+    """The entries of a hash table: 2 in 8 buckets = {{fPart = 5}, {fPart = 3}}"""
+
+    def __init__(self, value, entry):
+        self.value = value
+        self.entry = entry
+
+    def to_string(self):
+        return "%d in %d buckets" % (self.value["fEntryCount"], self.value["fBucketCount"])
+
+    def children(self):
+        number = 0
+        for bucket in range(int(self.value["fBucketCount"])):
+            entry = self.value["fBuckets"][bucket]
+            while entry != 0:
+                yield str(number), entry.cast(self.entry.pointer()).dereference()
+                number += 1
+                entry = entry["fNext"]
+
+    def display_hint(self):
+        return "array"
+
+
+class DictionaryPrinter:
+    """The nodes of a dictionary: 2 levels = {{fPart = 3}, {fPart = 5}}"""
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        return "%d levels" % self.value["fLevel"]
+
+    def children(self):
+        number = 0
+        node = self.value["fLinks"][0]
+        while node != 0:
+            node = node.cast(node.dynamic_type)
+            yield str(number), node.dereference()
+            number += 1
+            node = (node + 1).cast(self.value["fLinks"].type.target().pointer()).dereference()
+
+    def display_hint(self):
+        return "array"
+
+
+class EntryPrinter:
+    """What an entry of a hash table or a node of a dictionary adds to its base."""
+
+    def __init__(self, value):
+        self.value = value
+
+    def children(self, value=None):
+        value = self.value if value is None else value
+        for field in value.type.strip_typedefs().fields():
+            if field.is_base_class:
+                yield from self.children(value[field]) if field.name not in entries else ()
+            elif hasattr(field, "bitpos") and not field.artificial and not field.name.startswith("_vptr"):
+                yield field.name, value[field]
+
+
+entries = "ThashTableEntry", "TdictionaryNode"
+
+
+def bases(kind):
+    """A class and all that it derives from, the nearer ones first."""
+    yield kind
+    for field in kind.fields() if kind.code == gdb.TYPE_CODE_STRUCT else []:
         if field.is_base_class:
-            found = element_type(field.type.strip_typedefs())
-            if found:
-                return found
+            yield from bases(field.type.strip_typedefs())
+
+
+def printer(value, kind):
+    for base in bases(kind):
+        name = base.name or ""
+        if name.startswith("TarrayElements<"):
+            return TarrayPrinter(value, base.template_argument(0))
+        if name.startswith("ThashTableOf<"):
+            return TablePrinter(value, base.template_argument(0))
+        if name == "ThashTable":
+            return TablePrinter(value, gdb.lookup_type("ThashTableEntry"))
+        if name == "Tdictionary":
+            return DictionaryPrinter(value)
+        if name in entries and kind != base:
+            return EntryPrinter(value)
     return None
 
 
@@ -113,6 +188,7 @@ class Printers(gdb.printing.PrettyPrinter):
             return TextPrinter(value, TEXTS[kind.name])
         element = element_type(kind)
         return TarrayPrinter(value, element) if element else None
+        return printer(value, kind)
 
 
 gdb.printing.register_pretty_printer(gdb.current_objfile(), Printers())

@@ -103,9 +103,7 @@ long Tdictionary::randomLevel() const
 TdictionaryNode* Tdictionary::insertNode(TdictionaryNode& key)
 {
   Tbookmark path;
-  path[0] = this; // in an empty dictionary
-  int order = 0;
-  descend(key, &path, order);
+  descend<TdictionaryNode>(key, &path);
   return insertNode(key, path);
 }
 
@@ -131,26 +129,24 @@ TdictionaryNode* Tdictionary::insertNode(TdictionaryNode& key, Tbookmark& bookma
 
 TdictionaryNode* Tdictionary::searchNode(TdictionaryNode& key)
 {
-  int order = 0;
-  TdictionaryNode* node = descend(key, nullptr, order);
-  return node && order == 0 ? node : nullptr;
+  return descend<TdictionaryNode>(key, nullptr);
 }
 
 TdictionaryNode* Tdictionary::searchNode(TdictionaryNode& key, Tbookmark& bookmark)
 {
-  for (long i = fLevel; i < Tbookmark::kLevels; ++i)
-    bookmark[i] = this;
-  int order = 0;
-  TdictionaryNode* node = descend(key, &bookmark, order);
-  return node && order == 0 ? node : nullptr;
+  return descend<TdictionaryNode>(key, &bookmark);
 }
 
 bool Tdictionary::removeNode(TdictionaryNode& key)
 {
   Tbookmark path;
-  int order = 0;
-  TdictionaryNode* node = descend(key, &path, order);
-  if (!node || order != 0)
+  return unlinkNode(descend<TdictionaryNode>(key, &path), path);
+}
+
+// Takes out and destroys the node at the end of the path, if there is one.
+bool Tdictionary::unlinkNode(TdictionaryNode* node, Tbookmark& path)
+{
+  if (!node)
     return false;
   for (long i = 0; i < fLevel; ++i)
   {
@@ -158,36 +154,8 @@ bool Tdictionary::removeNode(TdictionaryNode& key)
     if (link == node)
       link = node->forward(i);
   }
-  node->destroy();
   while (fLevel > 0 && !fLinks[fLevel - 1])
     --fLevel;
+  node->destroy();
   return true;
-}
-
-// Returns the first node that does not come before the key, and how it compares.
-TdictionaryNode* Tdictionary::descend(TdictionaryNode& key, Tbookmark* bookmark, int& order)
-{
-  TdictionaryNode* node = this;
-  TdictionaryNode** links = fLinks;
-  TdictionaryNode* stop = nullptr; // where the level above ended, so that it is not compared again
-  for (long level = fLevel - 1; level >= 0; --level)
-  {
-    TdictionaryNode* next = links[level];
-    while (next && next != stop)
-    {
-      const int comparison = next->compare(key);
-      if (comparison >= 0)
-      {
-        order = comparison;
-        break;
-      }
-      node = next;
-      links = &next->forward(0);
-      next = links[level];
-    }
-    stop = next;
-    if (bookmark)
-      (*bookmark)[level] = node;
-  }
-  return stop;
 }

@@ -1,17 +1,21 @@
 /// \file
 /// Tdictionary: an ordered dictionary, under those of names and types.
 ///
-/// Derive from it, and from TdictionaryNode, to make a dictionary that is kept in the order of its keys; a ThashTable
-/// is faster where no order is needed. It is a skip list: look-up, insertion and removal visit a number of nodes that
-/// grows with the logarithm of the length, nodes never move, and a node is one block. The trap: a copied dictionary
-/// shares the nodes of the original, and the first of the two to be emptied or destroyed frees them.
+/// Derive from TdictionaryOf, and from TdictionaryNode, to make a dictionary that is kept in the order of its keys; a
+/// ThashTable is faster where no order is needed. It is a skip list: look-up, insertion and removal visit a number of
+/// nodes that grows with the logarithm of the length, nodes never move, and a node is one block. The trap: a copied
+/// dictionary shares the nodes of the original, and the first of the two to be emptied or destroyed frees them.
 
 #pragma once
 
 #include "Foundation/Platform/Export.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
+#include <type_traits>
+
+class Tmetaclass;
 
 /// A key and its value in a dictionary, and the links to the nodes behind it: one for each level that the node is on.
 ///
@@ -22,6 +26,12 @@
 class FOUNDATION_API TdictionaryNode
 {
 public:
+  /// The record of the object's class.
+  virtual Tmetaclass* typeof() const;
+
+  /// This object when \p type is the record of its class or of a base class; otherwise null.
+  virtual void* cast(Tmetaclass* type);
+
   virtual ~TdictionaryNode();
 
   /// Negative when this node's key comes before \p other's, 0 when they are equal, positive when it comes after.
@@ -40,6 +50,11 @@ public:
   /// The link to the next node on level \p i, counted from 0 and below the node's number of levels. A node's links
   /// stand one behind the other: &forward(i) is &forward(0) + i.
   virtual TdictionaryNode*& forward(long i) = 0;
+
+  /// What the creator of \p type makes, when \p type is this class or derives from it; otherwise, and since nodes have
+  /// no creators, null.
+  static void* construct(Tmetaclass* type);
+  static Tmetaclass* fTypeid;
 
 protected:
   TdictionaryNode() = default;
@@ -80,6 +95,9 @@ public:
   Tdictionary(const Tdictionary& other) noexcept;
   Tdictionary& operator=(const Tdictionary& other) noexcept;
 
+  Tmetaclass* typeof() const override;
+  void* cast(Tmetaclass* type) override;
+
   /// Destroys the nodes.
   ~Tdictionary() override;
 
@@ -97,6 +115,9 @@ public:
   void destroy() override;
   TdictionaryNode*& forward(long i) override;
 
+  static void* construct(Tmetaclass* type);
+  static Tmetaclass* fTypeid;
+
   /// Walks the nodes in the order of their keys, as `Node`. The node that it stands on must not be removed before the
   /// next step.
   template <class Node>
@@ -104,20 +125,26 @@ public:
   {
   public:
     using iterator_category = std::forward_iterator_tag;
-    using value_type = Node;
+    using value_type = std::remove_const_t<Node>;
     using difference_type = std::ptrdiff_t;
     using pointer = Node*;
     using reference = Node&;
 
-    explicit TnodeIterator(TdictionaryNode* node = nullptr) noexcept
+    TnodeIterator() = default;
+    explicit TnodeIterator(TdictionaryNode* node) noexcept
       : fNode(node)
+    {
+    }
+    template <class Other, std::enable_if_t<std::is_same_v<Node, const Other>, int> = 0>
+    TnodeIterator(const TnodeIterator<Other>& other) noexcept
+      : fNode(other.fNode)
     {
     }
     Node& operator*() const noexcept { return *static_cast<Node*>(fNode); }
     Node* operator->() const noexcept { return static_cast<Node*>(fNode); }
     TnodeIterator& operator++()
     {
-      fNode = fNode->forward(0);
+      fNode = *linksAs<value_type>(fNode);
       return *this;
     }
     TnodeIterator operator++(int)
@@ -126,21 +153,27 @@ public:
       ++*this;
       return before;
     }
-    bool operator==(const TnodeIterator& other) const noexcept { return fNode == other.fNode; }
-    bool operator!=(const TnodeIterator& other) const noexcept { return fNode != other.fNode; }
+    friend bool operator==(const TnodeIterator& left, const TnodeIterator& right) noexcept
+    {
+      return left.fNode == right.fNode;
+    }
+    friend bool operator!=(const TnodeIterator& left, const TnodeIterator& right) noexcept { return !(left == right); }
 
   private:
-    TdictionaryNode* fNode;
+    template <class Other>
+    friend class TnodeIterator;
+
+    TdictionaryNode* fNode = nullptr;
   };
 
-  /// The nodes in order, for a range `for`. A derived dictionary hides these by ones that give its own node type.
-  TnodeIterator<TdictionaryNode> begin() noexcept { return TnodeIterator<TdictionaryNode>(fLinks[0]); }
-  TnodeIterator<TdictionaryNode> end() noexcept { return TnodeIterator<TdictionaryNode>(); }
-  TnodeIterator<const TdictionaryNode> begin() const noexcept
-  {
-    return TnodeIterator<const TdictionaryNode>(fLinks[0]);
-  }
-  TnodeIterator<const TdictionaryNode> end() const noexcept { return TnodeIterator<const TdictionaryNode>(); }
+  using iterator = TnodeIterator<TdictionaryNode>;
+  using const_iterator = TnodeIterator<const TdictionaryNode>;
+
+  /// The nodes in order, for a range `for`. A TdictionaryOf hides these by ones that give its own node type.
+  iterator begin() noexcept { return iterator(fLinks[0]); }
+  iterator end() noexcept { return {}; }
+  const_iterator begin() const noexcept { return const_iterator(fLinks[0]); }
+  const_iterator end() const noexcept { return {}; }
 
 protected:
   /// Draws the number of levels of a new node: 1 to 16, and at most one above the levels in use.
@@ -163,11 +196,131 @@ protected:
   bool removeNode(TdictionaryNode& key);
 
 private:
-  TdictionaryNode* descend(TdictionaryNode& key, Tbookmark* bookmark, int& order);
+  template <class Node>
+  friend class TdictionaryOf;
+
+  template <class Node>
+  TdictionaryNode* descend(TdictionaryNode& key, Tbookmark* path);
+
+  // Without virtual calls where the class is known.
+  template <class Node>
+  static int compareAs(TdictionaryNode* node, TdictionaryNode& key)
+  {
+    if constexpr (std::is_same_v<Node, TdictionaryNode>)
+      return node->compare(key);
+    else
+      return static_cast<Node*>(node)->Node::compare(key);
+  }
+  template <class Node>
+  static TdictionaryNode** linksAs(TdictionaryNode* node)
+  {
+    if constexpr (std::is_same_v<Node, TdictionaryNode>)
+      return &node->forward(0);
+    else
+      return &static_cast<Node*>(node)->Node::forward(0);
+  }
+
+  static void prefetch([[maybe_unused]] const void* address) noexcept
+  {
+#ifdef __GNUC__
+    __builtin_prefetch(address);
+#endif
+  }
+
+  bool unlinkNode(TdictionaryNode* node, Tbookmark& path);
 
   long fLevel = 0; // how many levels are in use, 0 to 16
   TdictionaryNode* fLinks[Tbookmark::kLevels] = {};
 };
+
+/// The base of dictionaries whose nodes are all of one class.
+///
+/// \code
+///   class TweightNode : public TdictionaryNode { ... };
+///
+///   class TweightDictionary : public TdictionaryOf<TweightNode>
+///   {
+///   public:
+///     double* search(int part)
+///     {
+///       TweightNode key(part);
+///       TweightNode* node = searchNode(key);
+///       return node ? &node->fKilograms : nullptr;
+///     }
+///   };
+///   for (const TweightNode& each : weights)
+///     total += each.fKilograms;
+/// \endcode
+///
+/// It does what Tdictionary does, without a virtual call for each step of a search or walk: faster when compare() and
+/// forward() of \p Node are inline. A class that derives from \p Node must leave these two as they are. Debuggers show
+/// the nodes when the links stand right behind the object.
+template <class Node>
+class TdictionaryOf : public Tdictionary
+{
+public:
+  using iterator = TnodeIterator<Node>;
+  using const_iterator = TnodeIterator<const Node>;
+
+  iterator begin() noexcept { return iterator(fLinks[0]); }
+  iterator end() noexcept { return {}; }
+  const_iterator begin() const noexcept { return const_iterator(fLinks[0]); }
+  const_iterator end() const noexcept { return {}; }
+
+protected:
+  Node* insertNode(Node& key)
+  {
+    Tbookmark path;
+    descend<Node>(key, &path);
+    return insertNode(key, path);
+  }
+  Node* insertNode(Node& key, Tbookmark& bookmark)
+  {
+    return bookmark[0] ? static_cast<Node*>(Tdictionary::insertNode(key, bookmark)) : insertNode(key);
+  }
+  Node* searchNode(Node& key) { return static_cast<Node*>(descend<Node>(key, nullptr)); }
+  Node* searchNode(Node& key, Tbookmark& bookmark) { return static_cast<Node*>(descend<Node>(key, &bookmark)); }
+  bool removeNode(Node& key)
+  {
+    Tbookmark path;
+    return unlinkNode(descend<Node>(key, &path), path);
+  }
+};
+
+// The first node with an equal key, else null. Above the levels in use the path is the head's. Node is the class of all
+// nodes, or TdictionaryNode.
+template <class Node>
+TdictionaryNode* Tdictionary::descend(TdictionaryNode& key, Tbookmark* path)
+{
+  if (path)
+    std::fill(&(*path)[0] + fLevel, &(*path)[0] + Tbookmark::kLevels, this);
+  TdictionaryNode* node = this;
+  TdictionaryNode** links = fLinks;
+  TdictionaryNode* stop = nullptr; // where the level above ended, so that it is not compared again
+  int order = 1;                   // of that and the key
+  for (long level = fLevel - 1; level >= 0; --level)
+  {
+    TdictionaryNode* next = links[level];
+    while (next != stop) // each level ends with null, and has the nodes of the level above
+    {
+      if (level > 0)
+        prefetch(links[level - 1]); // the next to compare if this one does not come before the key
+      const int comparison = compareAs<Node>(next, key);
+      if (comparison >= 0)
+      {
+        order = comparison;
+        break;
+      }
+      node = next;
+      links = linksAs<Node>(next);
+      next = links[level];
+    }
+    stop = next;
+    if (path)
+      (*path)[level] = node;
+  }
+  return order == 0 ? stop : nullptr;
+}
 
 static_assert(sizeof(Tbookmark) == 16 * sizeof(void*), "a node for each level");
 static_assert(sizeof(Tdictionary) == 18 * sizeof(void*), "a table of functions, the level and the links");

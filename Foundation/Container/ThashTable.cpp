@@ -112,10 +112,10 @@ bool ThashTable::unlockSize() noexcept
 bool ThashTable::validate() const noexcept
 {
   if (!isPowerOfTwo(fBucketCount) || !isPowerOfTwo(fMinimumCount) || !isPowerOfTwo(fMaximumCount) ||
-      fMinimumCount < kLeastCount || fBucketCount < fMinimumCount || fBucketCount > fMaximumCount ||
-      fLowWaterMark != lowMark(fBucketCount) || fHighWaterMark != highMark(fBucketCount))
+      fMinimumCount < kLeastCount || fMaximumCount < fMinimumCount || fLowWaterMark != lowMark(fBucketCount) ||
+      fHighWaterMark != highMark(fBucketCount))
     return false;
-  if (fSizeLock && (fSizeLock->depth == 0 || fMinimumCount != fBucketCount || fMaximumCount != fBucketCount))
+  if (fSizeLock && (fSizeLock->depth == 0 || fMinimumCount != fMaximumCount))
     return false;
   TuInt32 count = 0;
   for (TuInt32 bucket = 0; bucket < fBucketCount; ++bucket)
@@ -128,16 +128,6 @@ bool ThashTable::validate() const noexcept
     }
   }
   return count == fEntryCount;
-}
-
-bool ThashTable::insertWithHash(ThashTableEntry* entry, TuInt32 hash) noexcept
-{
-  ThashTableEntry*& head = fBuckets[tableIndex(fBucketCount, hash)];
-  entry->fHash = hash;
-  entry->fNext = head;
-  head = entry;
-  ++fEntryCount;
-  return fEntryCount <= fHighWaterMark || fBucketCount > fMaximumCount / 2 || setTableSize(fBucketCount * 2);
 }
 
 void ThashTable::unlinkEntry(ThashTableEntry* entry) noexcept

@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <iterator>
+#include <type_traits>
 
 /// What every entry of a hash table begins with. Derived entries add their key and value.
 struct ThashTableEntry
@@ -26,16 +27,18 @@ struct ThashTableEntry
 /// \code
 ///   struct Weight : ThashTableEntry { int fPart; double fKilograms; };
 ///
-///   class WeightTable : public ThashTable
+///   class WeightTable : public ThashTableOf<Weight>
 ///   {
 ///   public:
-///     WeightTable() : ThashTable(8, 1u << 20) {}
+///     WeightTable() : ThashTableOf(8, 1u << 20) {}
 ///     bool insert(Weight* weight) { return insertWithHash(weight, TuInt32(weight->fPart)); }
 ///     Weight* find(int part) const
 ///     {
 ///       return findEntry<Weight>(TuInt32(part), [part](const Weight& each) { return each.fPart == part; });
 ///     }
 ///   };
+///   for (const Weight& each : weights)
+///     total += each.fKilograms;
 /// \endcode
 ///
 /// Bucket counts are powers of two. An entry with hash h lies in bucket h & (bucketCount() - 1). Among entries with one
@@ -71,7 +74,8 @@ public:
   /// False when the size is not locked. The last call that was due returns what resize() then says, others true.
   bool unlockSize() noexcept;
 
-  /// Whether counts, limits, marks and the place of every entry are consistent. Linear.
+  /// Whether counts, limits, marks and the place of every entry are consistent. Linear. A bucket count outside the
+  /// limits is: setTableSize() does not ask them.
   bool validate() const noexcept;
 
   /// Walks all entries of a table, as `Entry`. Insertion and change of size invalidate it; the entry that it stands on
@@ -81,7 +85,7 @@ public:
   {
   public:
     using iterator_category = std::forward_iterator_tag;
-    using value_type = Entry;
+    using value_type = std::remove_const_t<Entry>;
     using difference_type = std::ptrdiff_t;
     using pointer = Entry*;
     using reference = Entry&;
@@ -92,6 +96,13 @@ public:
       , fEnd(end)
     {
       skipEmpty();
+    }
+    template <class Other, std::enable_if_t<std::is_same_v<Entry, const Other>, int> = 0>
+    TentryIterator(const TentryIterator<Other>& other) noexcept
+      : fEntry(other.fEntry)
+      , fBucket(other.fBucket)
+      , fEnd(other.fEnd)
+    {
     }
     Entry& operator*() const noexcept { return *static_cast<Entry*>(fEntry); }
     Entry* operator->() const noexcept { return static_cast<Entry*>(fEntry); }
@@ -108,10 +119,19 @@ public:
       ++*this;
       return before;
     }
-    bool operator==(const TentryIterator& other) const noexcept { return fEntry == other.fEntry; }
-    bool operator!=(const TentryIterator& other) const noexcept { return fEntry != other.fEntry; }
+    friend bool operator==(const TentryIterator& left, const TentryIterator& right) noexcept
+    {
+      return left.fEntry == right.fEntry;
+    }
+    friend bool operator!=(const TentryIterator& left, const TentryIterator& right) noexcept
+    {
+      return !(left == right);
+    }
 
   private:
+    template <class Other>
+    friend class TentryIterator;
+
     void skipEmpty() noexcept
     {
       while (!fEntry && fBucket != fEnd)
@@ -123,16 +143,27 @@ public:
     ThashTableEntry* const* fEnd = nullptr;
   };
 
-  /// The entries in bucket order, for a range `for`. A derived table hides these by ones that give its own entry type.
-  TentryIterator<ThashTableEntry> begin() noexcept { return beginAs<ThashTableEntry>(); }
-  TentryIterator<ThashTableEntry> end() noexcept { return {}; }
-  TentryIterator<const ThashTableEntry> begin() const noexcept { return beginAs<const ThashTableEntry>(); }
-  TentryIterator<const ThashTableEntry> end() const noexcept { return {}; }
+  using iterator = TentryIterator<ThashTableEntry>;
+  using const_iterator = TentryIterator<const ThashTableEntry>;
+
+  /// The entries in bucket order, for a range `for`. A ThashTableOf hides these by ones that give its own entry type.
+  iterator begin() noexcept { return beginAs<ThashTableEntry>(); }
+  iterator end() noexcept { return {}; }
+  const_iterator begin() const noexcept { return beginAs<const ThashTableEntry>(); }
+  const_iterator end() const noexcept { return {}; }
 
 protected:
   /// Puts \p entry at the head of its bucket and doubles the bucket count when the entry count has passed the
   /// high-water mark. False when there was no memory for that: the entry is in the table all the same.
-  bool insertWithHash(ThashTableEntry* entry, TuInt32 hash) noexcept;
+  bool insertWithHash(ThashTableEntry* entry, TuInt32 hash) noexcept
+  {
+    ThashTableEntry*& head = fBuckets[tableIndex(fBucketCount, hash)];
+    entry->fHash = hash;
+    entry->fNext = head;
+    head = entry;
+    ++fEntryCount;
+    return fEntryCount <= fHighWaterMark || fBucketCount > fMaximumCount / 2 || setTableSize(fBucketCount * 2);
+  }
 
   /// The newest entry with \p hash for which \p matches, called with a `const Entry&`, is true; null if there is none.
   template <class Entry, class Matches>
@@ -150,7 +181,8 @@ protected:
   /// not shrink.
   void unlinkEntry(ThashTableEntry* entry) noexcept;
 
-  /// Moves all entries to \p n buckets, a power of two. False when there is no memory; nothing is changed then.
+  /// Moves all entries to \p n buckets, a power of two, whatever the limits and locks. False when there is no memory;
+  /// nothing is changed then.
   bool setTableSize(unsigned int n) noexcept;
 
   /// Halves the bucket count, once, when the entry count is below the low-water mark and the minimum allows it. False
@@ -183,7 +215,24 @@ private:
   ThashTableEntry** fBuckets;
 };
 
-/// A position in a table, for derived tables and their iterators that remove on the way.
+/// The base of tables whose entries are all of class \p Entry, over ThashTable or a class that derives from it.
+template <class Entry, class Base = ThashTable>
+class ThashTableOf : public Base
+{
+public:
+  using iterator = ThashTable::TentryIterator<Entry>;
+  using const_iterator = ThashTable::TentryIterator<const Entry>;
+
+  using Base::Base;
+
+  iterator begin() noexcept { return this->template beginAs<Entry>(); }
+  iterator end() noexcept { return {}; }
+  const_iterator begin() const noexcept { return this->template beginAs<const Entry>(); }
+  const_iterator end() const noexcept { return {}; }
+};
+
+/// A position in a table, for derived tables and their iterators that remove on the way. Not valid after a change of
+/// the bucket count.
 class FOUNDATION_API ThashTableIterator
 {
 public:

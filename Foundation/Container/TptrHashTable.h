@@ -26,17 +26,21 @@ struct TptrHashTableEntry : ThashTableEntry
 ///   static_cast<Mark*>(marks.find(object))->fUses = 1;
 ///   delete static_cast<Mark*>(marks.remove(object));
 /// \endcode
-class FOUNDATION_API TptrHashTable : public ThashTable
+class FOUNDATION_API TptrHashTable : public ThashTableOf<TptrHashTableEntry>
 {
 public:
   /// As ThashTable.
   explicit TptrHashTable(unsigned int minimum = 8, unsigned int maximum = 0x80000000u)
-    : ThashTable(minimum, maximum)
+    : ThashTableOf(minimum, maximum)
   {
   }
 
   /// Adds \p entry for \p key, which must have none. It must stay where it is until remove() gives it back.
-  void insert(TptrHashTableEntry* entry, const void* key) noexcept;
+  void insert(TptrHashTableEntry* entry, const void* key) noexcept
+  {
+    entry->fKey = key;
+    insertWithHash(entry, hash(key));
+  }
 
   /// The entry of \p key, null when there is none.
   TptrHashTableEntry* find(const void* key) const noexcept
@@ -48,15 +52,11 @@ public:
   /// Takes the entry of \p key out and returns it, null when there is none. The table may shrink by half.
   TptrHashTableEntry* remove(const void* key) noexcept;
 
-  /// The upper half of a product with 2^64 over the golden ratio (Knuth, The Art of Computer Programming, 6.4): every
-  /// bit of the address reaches the low bits, which choose the bucket.
+  /// The upper half of a product, folded so that each of the 47 bits of an address reaches the low bits, which choose
+  /// the bucket. Factor and shift are those, of some tried, under which objects at equal distances collide least.
   static TuInt32 hash(const void* key) noexcept
   {
-    return TuInt32(reinterpret_cast<std::uintptr_t>(key) * TuInt64(0x9E3779B97F4A7C15) >> 32);
+    const TuInt64 product = reinterpret_cast<std::uintptr_t>(key) * TuInt64(0xFF51AFD7ED558CCD);
+    return TuInt32(product >> 32 ^ product >> 50);
   }
-
-  TentryIterator<TptrHashTableEntry> begin() noexcept { return beginAs<TptrHashTableEntry>(); }
-  TentryIterator<TptrHashTableEntry> end() noexcept { return {}; }
-  TentryIterator<const TptrHashTableEntry> begin() const noexcept { return beginAs<const TptrHashTableEntry>(); }
-  TentryIterator<const TptrHashTableEntry> end() const noexcept { return {}; }
 };

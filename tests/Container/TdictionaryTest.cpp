@@ -1,4 +1,5 @@
 #include "Foundation/Container/Tdictionary.h"
+#include "Foundation/Data/Tmetaclass.h"
 #include "Foundation/Platform/Random.h"
 #include "tests/FailingMemory.h"
 
@@ -6,9 +7,11 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <map>
 #include <new>
 #include <random>
+#include <utility>
 
 namespace {
 
@@ -46,33 +49,39 @@ struct Node : TdictionaryNode
   long fLevel = 0;
 };
 
-struct Dictionary : Tdictionary
+template <class Base>
+struct DictionaryOn : Base
 {
   template <class... Bookmark>
   Node* insert(int key, int value, Bookmark&... bookmark)
   {
     Node node(key, value);
-    return static_cast<Node*>(insertNode(node, bookmark...));
+    return static_cast<Node*>(this->insertNode(node, bookmark...));
   }
   template <class... Bookmark>
   Node* find(int key, Bookmark&... bookmark)
   {
     Node node(key, 0);
-    return static_cast<Node*>(searchNode(node, bookmark...));
+    return static_cast<Node*>(this->searchNode(node, bookmark...));
   }
   bool remove(int key)
   {
     Node node(key, 0);
-    return removeNode(node);
+    return this->removeNode(node);
   }
   long levels() // in use
   {
     long level = 0;
-    while (level < Tbookmark::kLevels && forward(level))
+    while (level < Tbookmark::kLevels && this->forward(level))
       ++level;
     return level;
   }
 };
+using Dictionary = DictionaryOn<TdictionaryOf<Node>>;
+
+static_assert(std::forward_iterator<Dictionary::iterator> && std::forward_iterator<Tdictionary::const_iterator>);
+static_assert(std::is_convertible_v<Dictionary::iterator, Dictionary::const_iterator>);
+static_assert(!std::is_convertible_v<Dictionary::const_iterator, Dictionary::iterator>);
 
 TEST(Tdictionary, drawsTheSameLevelsEverywhere)
 {
@@ -109,12 +118,13 @@ TEST(Tdictionary, risesByOneLevelAtATime)
   }
 }
 
-TEST(Tdictionary, followsItsModel)
+template <class Base>
+void followModel()
 {
   std::mt19937 random(2);
   for (const int range : {1, 5, 300})
   {
-    Dictionary dictionary;
+    DictionaryOn<Base> dictionary;
     std::multimap<int, int> model; // the newest first among equals
     for (int step = 0; step < 1500; ++step)
     {
@@ -144,11 +154,51 @@ TEST(Tdictionary, followsItsModel)
       ASSERT_TRUE(dictionary.validate());
       ASSERT_EQ(gAlive, int(model.size()));
       auto wanted = model.begin();
-      for (TdictionaryNode& each : dictionary)
-        ASSERT_EQ(static_cast<Node&>(each).fValue, wanted++->second);
+      for (const auto& each : std::as_const(dictionary))
+        ASSERT_EQ(static_cast<const Node&>(each).fValue, wanted++->second);
+      ASSERT_EQ(wanted, model.end());
     }
   }
   EXPECT_EQ(gAlive, 0);
+}
+
+TEST(Tdictionary, followsItsModel)
+{
+  followModel<Tdictionary>();
+  followModel<TdictionaryOf<Node>>();
+}
+
+TEST(Tdictionary, knowsWhatItsRulesAre)
+{
+  Dictionary dictionary;
+  for (int i = 0; i < 100; ++i)
+    dictionary.insert(i, i);
+  Node& first = *dictionary.begin();
+  Node& last = *std::next(dictionary.begin(), 99);
+  const auto broken = [&](auto& place, auto value) {
+    std::swap(place, value);
+    const bool valid = dictionary.validate();
+    std::swap(place, value);
+    return !valid && dictionary.validate();
+  };
+  EXPECT_TRUE(broken(first.fKey, 2));
+  EXPECT_TRUE(broken(last.forward(0), static_cast<TdictionaryNode*>(&first)));
+  TdictionaryNode* high = dictionary.forward(1);
+  TdictionaryNode* before = &dictionary;
+  while (before->forward(0) != high)
+    before = before->forward(0);
+  EXPECT_TRUE(broken(before->forward(0), high->forward(0))); // not on all its levels
+  EXPECT_TRUE(broken(dictionary.forward(dictionary.levels() - 1), static_cast<TdictionaryNode*>(nullptr)));
+}
+
+TEST(Tdictionary, HasARecord)
+{
+  Dictionary dictionary;
+  Node node(1, 1);
+  EXPECT_TRUE(dictionary.typeof() == Tmetaclass::findClass("Tdictionary") && dictionary.typeof()->size() == 72);
+  EXPECT_TRUE(node.typeof() == Tmetaclass::findClass("TdictionaryNode") && node.typeof()->size() == 4);
+  EXPECT_TRUE(dictionary.cast(Tdictionary::fTypeid) == &dictionary && dictionary.cast(node.typeof()) == &dictionary);
+  EXPECT_TRUE(!node.cast(Tdictionary::fTypeid) && dictionary.typeof()->isa(node.typeof()));
 }
 
 #if FAILING_MEMORY

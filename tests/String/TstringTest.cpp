@@ -155,6 +155,7 @@ TEST(Tstring, comparesFindsAndCuts)
   EXPECT_EQ(Tstring().hash(), 0xFFFFFFFFu);
   EXPECT_EQ(Tstring("abcdefghijklmnopqrstuvwxyz0123456789ABCDEFGH").hash(), 0x1E078B34u);
   EXPECT_EQ(Tstring("ab").hash(), 0xA0u);
+  EXPECT_EQ(Tstring("\x80z\xFF\x01\x90-").hash(), 0xFFC00753u);
   EXPECT_EQ(Tstring("\x80").hash(), 0xFFFFFF80u ^ (0xFFFFFF80u >> 10) ^ (0xFFFFFF80u >> 20));
 
   EXPECT_TRUE(TcharString("\xE4") < TcharString("a"));

@@ -1,6 +1,38 @@
 // What gdb is asked to show: see gdb.sh.
 #include <Foundation/Foundation.h>
 
+#include <cstdlib>
+#include <new>
+
+struct Mark : TptrHashTableEntry
+{
+  int fUses;
+};
+struct Marks : ThashTableOf<Mark, TptrHashTable>
+{};
+
+struct Node : TdictionaryNode
+{
+  explicit Node(int part)
+    : fPart(part)
+  {
+  }
+  int compare(TdictionaryNode& other) override { return fPart - static_cast<Node&>(other).fPart; }
+  void setValue(TdictionaryNode&) override {}
+  TdictionaryNode* clone(long level) override
+  {
+    return new (std::calloc(1, sizeof *this + std::size_t(level) * sizeof(TdictionaryNode*))) Node(fPart);
+  }
+  void destroy() override { std::free(this); }
+  TdictionaryNode*& forward(long i) override { return reinterpret_cast<TdictionaryNode**>(this + 1)[i]; }
+
+  int fPart;
+};
+struct Parts : TdictionaryOf<Node>
+{
+  void insert(Node node) { insertNode(node); }
+};
+
 int main()
 {
   const Tstring empty, blank(5), text("left \"arm\"\n"), sharing = text;
@@ -21,6 +53,14 @@ int main()
   stack.push(8);
   return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 &&
              stack.length() == 2
+  Mark mark{};
+  mark.fUses = 7;
+  Marks marks;
+  marks.insert(&mark, nullptr);
+  Parts none, parts;
+  for (const int part : {3, 1, 2})
+    parts.insert(Node(part));
+  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5
            ? 0
            : 1; // stop here
 }
