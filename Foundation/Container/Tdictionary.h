@@ -13,6 +13,8 @@
 #include <cstddef>
 #include <iterator>
 
+class Tmetaclass;
+
 /// A key and its value in a dictionary, and the links to the nodes behind it: one for each level that the node is on.
 ///
 /// \code
@@ -22,6 +24,12 @@
 class FOUNDATION_API TdictionaryNode
 {
 public:
+  /// The record of the object's class.
+  virtual Tmetaclass* typeof() const;
+
+  /// This object when \p type is the record of its class or of a base class; otherwise null.
+  virtual void* cast(Tmetaclass* type);
+
   virtual ~TdictionaryNode();
 
   /// Negative when this node's key comes before \p other's, 0 when they are equal, positive when it comes after.
@@ -40,6 +48,11 @@ public:
   /// The link to the next node on level \p i, counted from 0 and below the node's number of levels. A node's links
   /// stand one behind the other: &forward(i) is &forward(0) + i.
   virtual TdictionaryNode*& forward(long i) = 0;
+
+  /// What the creator of \p type makes, when \p type is this class or derives from it; otherwise, and since nodes have
+  /// no creators, null.
+  static void* construct(Tmetaclass* type);
+  static Tmetaclass* fTypeid;
 
 protected:
   TdictionaryNode() = default;
@@ -79,6 +92,11 @@ public:
   /// only one may change, be reset or be destroyed with nodes in it.
   Tdictionary(const Tdictionary& other) noexcept;
   Tdictionary& operator=(const Tdictionary& other) noexcept;
+
+  Tmetaclass* typeof() const override;
+  void* cast(Tmetaclass* type) override;
+  static void* construct(Tmetaclass* type);
+  static Tmetaclass* fTypeid;
 
   /// Destroys the nodes.
   ~Tdictionary() override;

@@ -1,24 +1,51 @@
-// The type records of classes that stand below the metaclasses. Sizes are those of the home platform, in every build.
+// The type records of classes that stand below the metaclasses, and what these classes say of themselves. Sizes are
+// those of the home platform, in every build.
 
+#include "Foundation/Container/Tdictionary.h"
 #include "Foundation/Data/Tmetaclass.h"
 #include "Foundation/Debug/Texception.h"
 
-#define EXCEPTION_RECORD(Class, size, parent)                                                                          \
-  static Tmetaclass g##Class(&Class::fTypeid, #Class, size, nullptr, 0, 0, parent);                                    \
+namespace {
+
+// The base of a class that has none.
+struct Nothing
+{
+  static void* cast(Tmetaclass*) { return nullptr; }
+};
+
+template <class Base>
+constexpr Tmetaclass** kParent = &Base::fTypeid;
+template <>
+constexpr Tmetaclass** kParent<Nothing> = nullptr;
+
+} // namespace
+
+#define TYPE_RECORD(Class, size, Base)                                                                                 \
+  static Tmetaclass g##Class(&Class::fTypeid, #Class, size, nullptr, 0, 0, kParent<Base>);                             \
   Tmetaclass* Class::fTypeid = &g##Class;                                                                              \
+  Tmetaclass* Class::typeof() const                                                                                    \
+  {                                                                                                                    \
+    return fTypeid;                                                                                                    \
+  }                                                                                                                    \
+  void* Class::cast(Tmetaclass* type)                                                                                  \
+  {                                                                                                                    \
+    return type == fTypeid ? this : Base::cast(type);                                                                  \
+  }                                                                                                                    \
   void* Class::construct(Tmetaclass* type)                                                                             \
   {                                                                                                                    \
     return type && type->isa(fTypeid) ? type->construct(fTypeid) : nullptr;                                            \
   }
 
-EXCEPTION_RECORD(Texception, 4, nullptr)
-EXCEPTION_RECORD(TmemoryException, 4, &Texception::fTypeid)
-EXCEPTION_RECORD(TbadDataCast, 4, &Texception::fTypeid)
-EXCEPTION_RECORD(TincompatibleData, 4, &Texception::fTypeid)
-EXCEPTION_RECORD(ThandledException, 8, &Texception::fTypeid)
-EXCEPTION_RECORD(TfailedException, 8, &Texception::fTypeid)
-EXCEPTION_RECORD(TunimplementedException, 8, &Texception::fTypeid)
-EXCEPTION_RECORD(TresourceException, 260, &Texception::fTypeid)
+TYPE_RECORD(Texception, 4, Nothing)
+TYPE_RECORD(TmemoryException, 4, Texception)
+TYPE_RECORD(TbadDataCast, 4, Texception)
+TYPE_RECORD(TincompatibleData, 4, Texception)
+TYPE_RECORD(ThandledException, 8, Texception)
+TYPE_RECORD(TfailedException, 8, Texception)
+TYPE_RECORD(TunimplementedException, 8, Texception)
+TYPE_RECORD(TresourceException, 260, Texception)
+TYPE_RECORD(TdictionaryNode, 4, Nothing)
+TYPE_RECORD(Tdictionary, 72, TdictionaryNode)
 
 // Its class is not part of the library, and finds the record by name.
 static Tmetaclass gTfileException(nullptr, "TfileException", 8, nullptr, 0, 0, &Texception::fTypeid);

@@ -19,12 +19,6 @@ Texception* keep(const Exception& exception)
   return &kept;
 }
 
-// The base of the root, for its cast.
-struct Nothing
-{
-  static void* cast(Tmetaclass*) { return nullptr; }
-};
-
 char* unimplementedText(const char* message)
 {
   if (!message)
@@ -41,29 +35,21 @@ char* unimplementedText(const char* message)
 
 } // namespace
 
-// What each class says of itself. The records and construct() are with the metaclasses.
-#define TYPED_EXCEPTION(Class, Base)                                                                                   \
-  Tmetaclass* Class::typeof() const                                                                                    \
-  {                                                                                                                    \
-    return fTypeid;                                                                                                    \
-  }                                                                                                                    \
-  void* Class::cast(Tmetaclass* type)                                                                                  \
-  {                                                                                                                    \
-    return type == fTypeid ? this : Base::cast(type);                                                                  \
-  }                                                                                                                    \
+// The rest of what each class says of itself is with the metaclasses.
+#define KEPT_EXCEPTION(Class)                                                                                          \
   Texception* Class::cache() const                                                                                     \
   {                                                                                                                    \
     return keep(*this);                                                                                                \
   }
 
-TYPED_EXCEPTION(Texception, Nothing)
-TYPED_EXCEPTION(TmemoryException, Texception)
-TYPED_EXCEPTION(ThandledException, Texception)
-TYPED_EXCEPTION(TresourceException, Texception)
-TYPED_EXCEPTION(TfailedException, Texception)
-TYPED_EXCEPTION(TunimplementedException, Texception)
-TYPED_EXCEPTION(TbadDataCast, Texception)
-TYPED_EXCEPTION(TincompatibleData, Texception)
+KEPT_EXCEPTION(Texception)
+KEPT_EXCEPTION(TmemoryException)
+KEPT_EXCEPTION(ThandledException)
+KEPT_EXCEPTION(TresourceException)
+KEPT_EXCEPTION(TfailedException)
+KEPT_EXCEPTION(TunimplementedException)
+KEPT_EXCEPTION(TbadDataCast)
+KEPT_EXCEPTION(TincompatibleData)
 
 const char* Texception::what() const noexcept
 {
