@@ -535,10 +535,14 @@ TuInt32 Tstring::hash() const noexcept
 {
   if (empty())
     return 0xFFFFFFFF;
-  // A byte with 32 behind it has been shifted out.
+  // A byte with 32 behind it has been shifted out. Four at a time do not wait for one another.
+  const auto byte = [](char c) { return static_cast<TuInt32>(static_cast<signed char>(c)); };
+  const char* at = end() - std::min(length(), 32UL);
   TuInt32 h = 0;
-  for (const char* at = end() - std::min(length(), 32UL); at != end(); ++at)
-    h = (h << 1) ^ static_cast<TuInt32>(static_cast<signed char>(*at));
+  for (; end() - at >= 4; at += 4)
+    h = (h << 4) ^ (byte(at[0]) << 3) ^ (byte(at[1]) << 2) ^ (byte(at[2]) << 1) ^ byte(at[3]);
+  for (; at != end(); ++at)
+    h = (h << 1) ^ byte(*at);
   return h ^ (h >> 10) ^ (h >> 20);
 }
 
