@@ -105,7 +105,8 @@ TEST(StringTables, liveWithoutMemory)
         table.insert(Tstring(), Tstring());
         EXPECT_TRUE(table.validate() && table.entryCount() == count + 1);
       }
-      EXPECT_EQ(&maps.findOrInsert("icons").findOrInsert("lamp"), maps.find("icons", "lamp"));
+      const CMappedRes& made = maps.findOrInsert(Tstring()).findOrInsert(Tstring());
+      EXPECT_EQ(&made, maps.find(Tstring(), Tstring()));
       TstringHashTable::Iterator(table).appendAllTo(table);
     }
     catch (const TmemoryException&)
