@@ -18,10 +18,16 @@ class TstringPrinter:
     def __init__(self, value):
         self.data = value["fData"]
 
+    def length(self):
+        return self.data["fLength"] if self.data != 0 else 0
+
+    def text(self):
+        length = self.length()
+        return chars(self.data + 1, length) if length != 0 else gdb.parse_and_eval('""')
+
     def children(self):
-        length = self.data["fLength"] if self.data != 0 else 0
-        yield "text", chars(self.data + 1, length) if length != 0 else gdb.parse_and_eval('""')
-        yield "length", length
+        yield "text", self.text()
+        yield "length", self.length()
         if self.data != 0:
             yield "shares", self.data["fCount"]
 
@@ -189,6 +195,102 @@ class Printers(gdb.printing.PrettyPrinter):
         element = element_type(kind)
         return TarrayPrinter(value, element) if element else None
         return printer(value, kind)
+
+
+# Names and tables of strings
+
+
+def text(string):
+    """What a Tstring holds."""
+    return TstringPrinter(string).text()
+
+
+class TnamePrinter:
+    """{name = "arm", holders = 2}"""
+
+    def __init__(self, value):
+        self.node = value["fNode"]
+
+    def children(self):
+        if self.node != 0:
+            yield "name", text(self.node["fKey"])
+            yield "holders", self.node["fData"]["fCount"]
+
+    def to_string(self):
+        return None if self.node != 0 else "no name"
+
+
+class TnameDictionaryPrinter:
+    """2 names = {["arm9"] = 1, ["arm10"] = 2}; the values are the holders."""
+
+    def __init__(self, value):
+        self.nodes = list(self.walk(value))
+
+    @staticmethod
+    def walk(dictionary):
+        base = gdb.lookup_type("TdictionaryNode").pointer()
+        kind = gdb.lookup_type("TnameDictionaryNode").pointer()
+        node = dictionary["fLinks"][0]
+        while node != 0:
+            yield node.cast(kind).dereference()
+            node = (node.cast(kind) + 1).cast(base.pointer()).dereference()  # the links follow the node
+
+    def to_string(self):
+        return "%d names" % len(self.nodes)
+
+    def children(self):
+        for i, node in enumerate(self.nodes):
+            yield "key %d" % i, text(node["fKey"])
+            yield "value %d" % i, node["fData"]["fCount"]
+
+    def display_hint(self):
+        return "map"
+
+
+class TstringKeyTablePrinter:
+    """2 of 8 = {["lamp"] = ..., ["chair"] = ...}: entries, of so many buckets"""
+
+    def __init__(self, value):
+        self.value = value
+        table = next(base for base in bases(value.type) if (base.name or "").startswith("TstringKeyTable<"))
+        self.entry = gdb.lookup_type("TstringKeyEntry<%s>" % table.template_argument(0)).pointer()
+
+    def to_string(self):
+        return "%d of %d" % (self.value["fEntryCount"], self.value["fBucketCount"])
+
+    def children(self):
+        count = 0
+        for bucket in range(int(self.value["fBucketCount"])):
+            entry = self.value["fBuckets"][bucket]
+            while entry != 0:
+                own = entry.cast(self.entry).dereference()
+                yield "key %d" % count, text(own["fKey"])
+                yield "value %d" % count, own["fValue"]
+                count += 1
+                entry = entry["fNext"]
+
+    def display_hint(self):
+        return "map"
+
+
+def bases(kind):
+    """The type and those that it derives from."""
+    kind = kind.strip_typedefs()
+    yield kind
+    for field in kind.fields():
+        if field.is_base_class:
+            yield from bases(field.type)
+
+
+Printers.named.update({
+    "Tname": TnamePrinter,
+    "TnameString": TstringPrinter,
+    "TnameDictionary": TnameDictionaryPrinter,
+    "TstringHashTable": TstringKeyTablePrinter,
+    "TnameTable": TstringKeyTablePrinter,
+    "CMapStringToRes": TstringKeyTablePrinter,
+    "CMapStringToMap": TstringKeyTablePrinter,
+})
 
 
 gdb.printing.register_pretty_printer(gdb.current_objfile(), Printers())

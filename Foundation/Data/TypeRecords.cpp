@@ -4,6 +4,8 @@
 #include "Foundation/Container/Tdictionary.h"
 #include "Foundation/Data/Tmetaclass.h"
 #include "Foundation/Debug/Texception.h"
+#include "Foundation/String/TnameDictionary.h"
+#include "Foundation/String/TnameObject.h"
 
 namespace {
 
@@ -46,6 +48,9 @@ TYPE_RECORD(TunimplementedException, 8, Texception)
 TYPE_RECORD(TresourceException, 260, Texception)
 TYPE_RECORD(TdictionaryNode, 4, Nothing)
 TYPE_RECORD(Tdictionary, 72, TdictionaryNode)
+TYPE_RECORD(TnameDictionaryNode, 20, TdictionaryNode)
+TYPE_RECORD(TnameDictionary, 72, Tdictionary)
+TYPE_RECORD(TnameObject, 16, Nothing)
 
 // Its class is not part of the library, and finds the record by name.
 static Tmetaclass gTfileException(nullptr, "TfileException", 8, nullptr, 0, 0, &Texception::fTypeid);

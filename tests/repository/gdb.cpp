@@ -63,4 +63,14 @@ int main()
   return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5
            ? 0
            : 1; // stop here
+  const Tname arm("arm9"), copy = arm, none;
+  const TnameString key("b10");
+  TnameDictionary parts;
+  parts.insert(key, TnameInfo());
+  parts.insert(TnameString("b9"), TnameInfo());
+  TstringHashTable colours;
+  colours.insert("lamp", "white");
+  const bool good = empty == blank && text == sharing && borrowed.length() == 8 && copy == arm && none != arm;
+  return good && numbers.length() + names.length() == 5 && parts.validate() && colours.find("lamp") ? 0
+                                                                                                    : 1; // stop here
 }
