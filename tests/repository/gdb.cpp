@@ -8,5 +8,6 @@ int main()
   TdoubleArray numbers{1.5, 2};
   numbers.addLast(-3);
   const TstringArray names{text, "b"};
-  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 ? 0 : 1; // stop here
+  const TiffTagArray tags{TiffTag::kCAT, TiffTag::kFORx};
+  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() + tags.length() == 7 ? 0 : 1; // stop here
 }
