@@ -27,6 +27,8 @@
 #include "Foundation/Debug/Treporter.h"
 #include "Foundation/Debug/TstackTrace.h"
 #include "Foundation/Iff/FL.h"
+#include "Foundation/Iff/TiffFile.h"
+#include "Foundation/Iff/TiffParserCallback.h"
 #include "Foundation/Iff/TiffTable.h"
 #include "Foundation/Iff/TiffTag.h"
 #include "Foundation/Iff/TiffTagArray.h"
