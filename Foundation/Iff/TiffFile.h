@@ -7,29 +7,30 @@
 /// and what is said there about status, flerrno and the life of addresses holds here. The main trap: buffered writing
 /// is a mode of the process that is used up by one group.
 ///
-/// Buffered writing. With the mode on (setBufferingMode), beginWriteGroup() writes nothing. The chunks of the group are
-/// kept, endWriteGroup() writes it at once with its exact size, also to a pipe, and switches the mode off. Only one
-/// group is kept at a time, in the whole process; other files are written directly meanwhile. The size counts every
-/// chunk padded to 4 bytes, so buffering is for groups that are aligned that way: "FOR4" and the like. What is more
-/// than 65536 bytes is not kept: the group then is written as far as it goes and goes on unbuffered, with sizes that
-/// are patched or streamed. In a 2-byte aligned group a reader does not see that unknown sizes are padded to 4: buffer
-/// none of that kind that may grow so large. Chunks outside a buffered group are kept, too, and written one by one.
+/// Buffered writing. With the mode on (setBufferingMode), beginWriteGroup() writes nothing: the chunks of the group are
+/// kept, and endWriteGroup() writes it at once, with its exact size also to a pipe, and switches the mode off. One
+/// group is kept at a time, in the whole process; other files are written directly meanwhile. Its size counts every
+/// chunk padded to 4 bytes, so buffering is for groups that are aligned that way: "FOR4" and the like. No more than
+/// 65536 bytes are kept: with the next one the group is written as far as it goes and goes on unbuffered, its size and
+/// that of its last chunk patched or streamed. (Which are padded to 4, and in a 2-byte aligned group no reader sees
+/// that: buffer none that may grow so large.) Chunks outside a buffered group are kept, too, and written one by one.
 ///
-///     what there is      beginWriteGroup   beginPut       put           endPut              endWriteGroup
-///     mode off           engine            engine         engine        engine              engine
-///     mode on            > group           > chunks       engine        engine              engine
-///     chunks             kFLnestedWrite    one more       to the last   writes the last;    kFLnestedWrite
-///                                                                       the only: > mode on
-///     group              kFLnestedWrite    one more       to the last   nothing             writes it > mode off
-///     failed             its code          its code       0, its code   its code, the       its code > mode off
-///                                                                       same as endWriteGroup where no group was begun
+///     what there is    beginWriteGroup   beginPut        put             endPut             endWriteGroup
+///     mode off         engine            engine          engine          engine             engine
+///     mode on          > group           > chunks        engine          engine             engine
+///     chunks           kFLnestedWrite    one more        to the last     writes the last    kFLnestedWrite
+///                                                                        none left: > mode on
+///     group            kFLnestedWrite    one more        to the last     nothing            writes it > mode off
+///     failed chunks    the failure       the failure     0               the failure        the failure
+///                                                                        none left: > mode off
+///     failed group     the failure       the failure     0               the failure        the failure > mode off
 ///
-/// "Engine" is the engine's function of the same meaning. Chunks and group are those of the file that began them; what
-/// other files are told goes by the mode, and while that is on by "engine", but for beginWriteGroup: kFLnestedWrite.
-/// setBufferingMode() sets the mode for what begins next. In chunks and group, put() past 65536 bytes writes what there
-/// is and leads to "mode off", with the last chunk open in the engine; when that fails, or when memory runs out, to
-/// "failed", with nothing left open and the mode off. close() writes chunks and group as if they were ended, and
-/// quickClose() drops them.
+/// "Engine" is the engine's function of the same meaning, ">" what there is then. Put() behind 65536 bytes leads from
+/// chunks and group to "mode off", with the last chunk open in the engine. When that cannot be written, or memory runs
+/// out, they have failed: nothing is open in the engine, nothing more is taken, and what was not written yet will not
+/// be. Chunks and group are those of the file that began them. For another file there is "mode off" or "mode on" then,
+/// of which the latter gives kFLnestedWrite to beginWriteGroup() and leaves beginPut() to the engine.
+/// setBufferingMode() is for what begins next. close() ends chunks and group, quickClose() drops them.
 
 #pragma once
 
@@ -45,7 +46,7 @@
 /// \code
 ///   TiffFile file("scene.for4", "r");
 ///   file.setLeafCallback([](TiffFile& from, TiffTag id, Tint32 size) { … return 0; });
-///   if (file.parse() != 0)          // 42 where it did not open
+///   if (!file.isActive() || file.parse() != 0)
 ///     file.perror("scene.for4");
 ///
 ///   TiffFile out("pipe:viewer", "w");
@@ -221,7 +222,8 @@ public:
   /// chunks, with kFLnoMemory, or when the data exceeded 65536 bytes and writing them failed.
   long put(const void* data, long count);
 
-  /// The same for a text and a zero behind it; returns the number of both.
+  /// The same for a text and a zero behind it. Returns the number of both, 0, or without the zero when there is room
+  /// for the characters that \p count says only.
   long putString(const char* text);
   long putString(const char* text, long count);
   long putString(std::string_view text) { return putString(text.data(), long(text.size())); }

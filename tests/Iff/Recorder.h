@@ -9,8 +9,8 @@
 #include <functional>
 #include <string>
 
-/// Notes forms as "FORM:TYPE[", lists as "<LIST:TYPE[", leaves as "NAME=data " and "GEND" as "]". Answers 0, or what
-/// fAnswer gives for an event; that may do anything to the file, which data have been read from.
+/// Notes groups as "FORM:TYPE[", leaves as "NAME=data " and "GEND" as "]", as walk() does but for the end of the file.
+/// Answers 0, or what fAnswer gives for an event; that may do anything to the file, which the data have been read from.
 class Recorder : public TiffParserCallback
 {
 public:
@@ -18,14 +18,13 @@ public:
   std::function<int(const std::string& event, TiffFile& file)> fAnswer;
 
   Recorder() { setMethodsToUse(1); }
-
   int iffVFormMethod1(TiffFile& file, TiffTag group, TiffTag type) override
   {
     return note(text(group.value()) + ":" + text(type.value()) + "[", file);
   }
   int iffVListMethod1(TiffFile& file, TiffTag group, TiffTag type) override
   {
-    return note("<" + text(group.value()) + ":" + text(type.value()) + "[", file);
+    return iffVFormMethod1(file, group, type);
   }
   int iffVLeafMethod1(TiffFile& file, TiffTag id, Tint32 size) override
   {
@@ -45,11 +44,9 @@ private:
 };
 
 /// The events of the file in these bytes, and behind them what parse() returned, unless 0.
-inline std::string eventsOf(const std::string& bytes,
-                            const std::function<int(const std::string&, TiffFile&)>& answer = {})
+inline std::string eventsOf(const std::string& bytes)
 {
   Recorder recorder;
-  recorder.fAnswer = answer;
   TiffFile file(memoryName(bytes.data(), bytes.size()).c_str(), "r");
   file.setCallbackObject(&recorder);
   const int status = file.parse();

@@ -10,23 +10,13 @@ namespace {
 
 using namespace std::string_literals;
 
-const std::string kTwo = form(chunk("AAAA", "1", 4) + chunk("BBBB", "22", 4), "FOR4", 4);
 const std::string kNested =
   form(chunk("AAAA", "1") + form(chunk("BBBB", "2") + chunk("CCCC", "3")) + chunk("DDDD", "4")) +
   form(form(chunk("EEEE", "5"), "PROP") + form("", "CAT "), "LIST");
+const std::string kFirst = "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 CCCC=3 ]DDDD=4 ]";
+const std::string kSecond = "LIST:TEST[PROP:TEST[EEEE=5 ]CAT :TEST[]]]";
 
-TEST(TiffFile, announcesGroupsAndLeavesInOrder)
-{
-  EXPECT_EQ(eventsOf(kTwo), "FOR4:TEST[AAAA=1 BBBB=22 ]]");
-  EXPECT_EQ(eventsOf(kNested), "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 CCCC=3 ]DDDD=4 ]<LIST:TEST[PROP:TEST[EEEE=5 ]<CAT :"
-                               "TEST[]]]");
-  EXPECT_EQ(eventsOf(""), "]");
-  // As it was written to a pipe; and with a chunk whose writer did not know its size.
-  EXPECT_EQ(eventsOf(begun(kStreamed) + chunk("AAAA", "1") + begun(kStreamed) + chunk("BBBB", "2") + kGend + kEovc +
-                     header("CCCC", kStreamed) + "3333" + kCvoe + kGend + kEovc),
-            "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 ]CCCC=3333 ]]");
-}
-
+// What each event is, and who is asked.
 TEST(TiffFile, asksReceiverOrFunctions)
 {
   struct Sets : TiffParserCallback
@@ -44,7 +34,7 @@ TEST(TiffFile, asksReceiverOrFunctions)
     int iffVLeafMethod3(TiffFile&, TiffTag, Tint32) override { return call("3 "); }
   } receiver;
   static std::string calls;
-  const std::string bytes = form(form(chunk("AAAA", "1")), "CAT ");
+  const std::string bytes = form(form(chunk("AAAA", "1"), "CAT ") + form("", "PROP"), "LIST");
   TiffFile file;
   file.setFormCallback([](TiffFile&, TiffTag, TiffTag type) { return calls += "form " + text(type.value()), 0; });
   file.setListCallback([](TiffFile&, TiffTag group, TiffTag) { return calls += "list " + text(group.value()), 0; });
@@ -55,108 +45,67 @@ TEST(TiffFile, asksReceiverOrFunctions)
     ASSERT_TRUE(file.reopen(memoryName(bytes.data(), bytes.size()).c_str(), "r"));
     receiver.setMethodsToUse(set);
     EXPECT_EQ(file.parse(), 0) << set;
-    EXPECT_EQ(file.tell(), Tint64(bytes.size()));
+    EXPECT_EQ(file.tell(), Tint64(bytes.size())) << set;
   }
-  EXPECT_EQ(receiver.fCalls, "L1 F1 1 1 1 1 L2 F2 2 2 2 2 L3 F3 3 3 3 3 ");
+  EXPECT_EQ(receiver.fCalls, "L1 L1 1 1 F1 1 1 1 L2 L2 2 2 F2 2 2 2 L3 L3 3 3 F3 3 3 3 ");
   EXPECT_EQ(calls, "");
   file.setCallbackObject(nullptr);
   ASSERT_TRUE(file.reopen(memoryName(bytes.data(), bytes.size()).c_str(), "r"));
   EXPECT_EQ(file.endParse(), 1);
-  EXPECT_EQ(calls, "list CAT form TEST leaf 1 leaf 0 leaf 0 leaf 0");
+  EXPECT_EQ(calls, "list LISTlist CAT  leaf 1 leaf 0form TEST leaf 0 leaf 0 leaf 0");
 }
 
-TEST(TiffFile, stopsWhereItIsTold)
+TEST(TiffFile, doesWhatItIsAnswered)
 {
   const struct
   {
     const char* event;
-    int answer, status, error;
-    const char *events, *rest; // until the walk stopped, and what the engine then meets in the same group
+    int answer; // or 100 to 102: what the callback does
+    int status, error;
+    std::string events, rest; // announced, and what the engine then meets in the group where the walk stopped
   } cases[] = {
+    {"", 0, 0, -1, kFirst + kSecond, "."},
     {"BBBB=2 ", 47, 47, -1, "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 ", "BBBB= CCCC=3 ."},
-    {"BBBB=2 ", -5, -5, -5, "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 ", "BBBB= CCCC=3 ."},
     {"FORM:TEST[", 16, 16, 16, "FORM:TEST[", "AAAA=1 FORM:TEST[BBBB=2 CCCC=3 ]DDDD=4 ."},
-    {"<LIST:TEST[", 1, 0, -1, "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 CCCC=3 ]DDDD=4 ]<LIST:TEST[",
-     "PROP:TEST[EEEE=5 ]CAT :TEST[]."},
-    // 1 ends the level, and that without a "GEND".
-    {"BBBB=2 ", 1, 0, -1, "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 DDDD=4 ]<LIST:TEST[PROP:TEST[EEEE=5 ]<CAT :TEST[]]]", "."},
-    {"AAAA=1 ", 1, 0, -1, "FORM:TEST[AAAA=1 <LIST:TEST[PROP:TEST[EEEE=5 ]<CAT :TEST[]]]", "."},
-    {"<CAT :TEST[", 1, 0, -1,
-     "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 CCCC=3 ]DDDD=4 ]<LIST:TEST[PROP:TEST[EEEE=5 ]<CAT :TEST[]", "."},
-    {"]", 7, 0, -1, "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 CCCC=3 ]DDDD=4 ]<LIST:TEST[PROP:TEST[EEEE=5 ]<CAT :TEST[]]]",
-     "."},
+    {"LIST:TEST[", 1, 0, -1, kFirst + "LIST:TEST[", "PROP:TEST[EEEE=5 ]CAT :TEST[]."},
+    {"]", 7, 0, -1, kFirst + kSecond, "."},
+    // 1 ends the level, without a "GEND".
+    {"BBBB=2 ", 1, 0, -1, "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 DDDD=4 ]" + kSecond, "."},
+    {"PROP:TEST[", 1, 0, -1, kFirst + "LIST:TEST[PROP:TEST[]", "."},
+    {"CAT :TEST[", 101, 0, -1, kFirst + "LIST:TEST[PROP:TEST[EEEE=5 ]CAT :TEST[]", "."},
+    // Parsed by the callback, the end of the list is announced twice.
+    {"LIST:TEST[", 100, 0, -1, kFirst + "LIST:TEST[PROP:TEST[EEEE=5 ]CAT :TEST[]]]]", "."},
+    {"CAT :TEST[", 102, 42, 42, kFirst + "LIST:TEST[PROP:TEST[EEEE=5 ]CAT :TEST[", "!42"},
   };
   for (const auto& each : cases)
   {
     Recorder recorder;
-    recorder.fAnswer = [&each](const std::string& event, TiffFile&) { return event == each.event ? each.answer : 0; };
+    recorder.fAnswer = [&each](const std::string& event, TiffFile& file) {
+      if (event != each.event)
+        return 0;
+      return each.answer == 100   ? file.parse()
+             : each.answer == 101 ? file.endReadGroup() + 1
+             : each.answer == 102 ? file.close() + 1
+                                  : each.answer;
+    };
     TiffFile file(memoryName(kNested.data(), kNested.size()).c_str(), "r");
     file.setCallbackObject(&recorder);
     flerrno = -1;
-    EXPECT_EQ(file.parse(), each.status) << each.event;
-    EXPECT_EQ(file.error(), each.error) << each.event;
+    EXPECT_EQ(file.parse(), each.status) << each.events;
+    EXPECT_EQ(file.error(), each.error) << each.events;
     EXPECT_EQ(recorder.fEvents, each.events);
-    EXPECT_EQ(walk(file.file()), each.rest) << each.event;
+    EXPECT_EQ(walk(file.file()), each.rest) << each.events;
   }
-}
-
-TEST(TiffFile, bearsWhatCallbacksDo)
-{
-  using Answer = std::function<int(const std::string&, TiffFile&)>;
-  const auto on = [](const std::string& wanted, std::function<int(TiffFile&)> act) -> Answer {
-    return [=](const std::string& event, TiffFile& file) { return event == wanted ? act(file) : 0; };
-  };
-  const struct
-  {
-    Answer answer;
-    const char* events;
-  } cases[] = {
-    // Parses the group itself, up to its end, which is announced again.
-    {on("FORM:TEST[", [](TiffFile& file) { return file.parse(); }),
-     "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 CCCC=3 ]]DDDD=4 ]]<LIST:TEST[PROP:TEST[EEEE=5 ]<CAT :TEST[]]]"},
-    // Ends the leaf, skips the group behind it.
-    {on("AAAA=1 ", [](TiffFile& file) { return file.endGet() + file.skipGroup(); }),
-     "FORM:TEST[AAAA=1 DDDD=4 ]<LIST:TEST[PROP:TEST[EEEE=5 ]<CAT :TEST[]]]"},
-    // Enters the group behind the leaf, reads its first chunk, leaves it.
-    {on("AAAA=1 ",
-        [](TiffFile& file) {
-          TiffTag type, id;
-          Tint32 size;
-          file.endGet();
-          EXPECT_TRUE(file.beginReadGroup(type, &size) == 0 && type == "TEST" && size == 24);
-          EXPECT_EQ(std::string(static_cast<char*>(file.getChunk(id, &size)), 1), "2");
-          EXPECT_TRUE(id == "BBBB" && size == 1);
-          return file.endReadGroup();
-        }),
-     "FORM:TEST[AAAA=1 DDDD=4 ]<LIST:TEST[PROP:TEST[EEEE=5 ]<CAT :TEST[]]]"},
-    // Leaves the group and ends the level.
-    {on("<CAT :TEST[", [](TiffFile& file) { return file.endReadGroup() + 1; }),
-     "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 CCCC=3 ]DDDD=4 ]<LIST:TEST[PROP:TEST[EEEE=5 ]<CAT :TEST[]"},
-    // What must not be: without a file the walk stops.
-    {on("BBBB=2 ", [](TiffFile& file) { return file.close(); }), "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 42"},
-    {on("<CAT :TEST[", [](TiffFile& file) { return file.close() + 1; }),
-     "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 CCCC=3 ]DDDD=4 ]<LIST:TEST[PROP:TEST[EEEE=5 ]<CAT :TEST[42"},
-    // One group more is left than was entered: the level around it ends the walk.
-    {on("BBBB=2 ", [](TiffFile& file) { return file.endReadGroup(); }),
-     "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 DDDD=4 ]<LIST:TEST[PROP:TEST[EEEE=5 ]<CAT :TEST[]]]25"},
-  };
-  for (const auto& each : cases)
-    EXPECT_EQ(eventsOf(kNested, each.answer), each.events);
 }
 
 TEST(TiffFile, reportsWhatIsWrongInAFile)
 {
   const std::pair<std::string, const char*> cases[] = {
-    {"FORM\0\0\0"s, "]"},
-    {"FORM\0\0\0\x10TE"s, ""},                        // a group that the file ends in is none
-    {begun(20) + "FORM\0\0\0\x08TE"s, "FORM:TEST[8"}, // but at the root
+    {"FORM\0\0\0\x10TE"s, ""}, // what is no group yet
+    {begun(20) + "FORM\0\0\0\x08TE"s, "FORM:TEST[8"},
     {begun(6) + "AA", "FORM:TEST[5"},
     {header("AAAA", 4) + "1234", "12"},
     {form(form("", "FOR3")), "FORM:TEST[34"},
-    {form(form("", "PROP")), "FORM:TEST[14"},
-    {form(chunk("PATH", "")), "FORM:TEST[10"},
-    {begun(16) + header("AAAA", 5) + "12345", "FORM:TEST[16"},
-    {begun(100) + chunk("AAAA", "1"), "FORM:TEST[AAAA=1 ]]"}, // memory has no end for the engine
     {form(header("AAAA", kPatched) + "1234"), "FORM:TEST[AAAA=1234 27"},
     {form(header("AAAA", kStreamed) + "1234" + kEovc), "FORM:TEST[AAAA=1234 15"},
     {form(kGend + chunk("AAAA", "1")), "FORM:TEST[19"},
@@ -164,14 +113,12 @@ TEST(TiffFile, reportsWhatIsWrongInAFile)
   for (const auto& [bytes, events] : cases)
     EXPECT_EQ(eventsOf(bytes), events);
   // Cut off anywhere a file is walked to an end, and what is announced is the beginning of what there was.
-  const std::string all = eventsOf(kNested);
   for (std::size_t length = 0; length < kNested.size(); ++length)
   {
     const std::string found = eventsOf(kNested.substr(0, length));
     const std::size_t compared = found.find_last_of("[=") + 1;
-    EXPECT_EQ(found.substr(0, compared), all.substr(0, compared)) << length;
+    EXPECT_EQ(found.substr(0, compared), (kFirst + kSecond).substr(0, compared)) << length;
   }
-  EXPECT_EQ(TiffFile().parse(), kFLbadCall);
 }
 
 TEST(TiffFile, walksAMillionNestedGroups)
@@ -181,26 +128,19 @@ TEST(TiffFile, walksAMillionNestedGroups)
   for (int i = kDepth; i > 0; --i)
     bytes += begun(i * 12 - 8);
   static int forms, ends;
-  for (const int answer : {0, 1}) // to the innermost leaf's "GEND", or ended by it
-  {
-    forms = ends = 0;
-    TiffFile file(memoryName(bytes.data(), bytes.size()).c_str(), "r");
-    file.setFormCallback([](TiffFile&, TiffTag, TiffTag) { return ++forms, 0; });
-    if (answer == 1)
-      file.setFormCallback([](TiffFile&, TiffTag, TiffTag) { return ++forms / kDepth; });
-    file.setLeafCallback([](TiffFile&, TiffTag id, Tint32) { return ends += id == TiffTag::kGEND, 0; });
-    EXPECT_EQ(file.parse(), 0);
-    EXPECT_EQ(forms, kDepth);
-    EXPECT_EQ(ends, kDepth + 1 - 2 * answer);
-  }
+  TiffFile file(memoryName(bytes.data(), bytes.size()).c_str(), "r");
+  file.setFormCallback([](TiffFile&, TiffTag, TiffTag) { return ++forms, 0; });
+  file.setLeafCallback([](TiffFile&, TiffTag id, Tint32) { return ends += id == TiffTag::kGEND, 0; });
+  EXPECT_EQ(file.parse(), 0);
+  EXPECT_TRUE(forms == kDepth && ends == kDepth + 1) << forms << " " << ends;
 }
 
 TEST(TiffFile, ownsItsFile)
 {
   const Scratch scratch;
-  const std::string path = scratch.path("file"), other = scratch.write("other", kTwo);
+  const std::string path = scratch.path("file"), other = scratch.write("other", kNested);
   TiffFile file;
-  EXPECT_TRUE(!file.isActive() && file.close() == -1 && file.quickClose() == -1 && file.setTmp() == kFLbadCall);
+  EXPECT_TRUE(!file.isActive() && file.close() == -1 && file.quickClose() == -1 && file.parse() == kFLbadCall);
   ASSERT_TRUE(file.open(path.c_str(), "w"));
   EXPECT_TRUE(!file.open(other.c_str(), "r") && file.error() == kFLinUse);
   EXPECT_EQ(file.beginWriteGroup("FORM", "TEST"), 0);
@@ -209,10 +149,7 @@ TEST(TiffFile, ownsItsFile)
   EXPECT_TRUE(moved.reopen(other.c_str(), "r"));     // completes the group
   EXPECT_EQ(scratch.read("file"), form(""));
   file = std::move(moved);
-  TiffTag type;
-  EXPECT_TRUE(file.beginReadGroup(type) == 0 && type == "TEST");
   EXPECT_TRUE(!file.reopen(scratch.path("none").c_str(), "r") && !file.isActive());
-
   ASSERT_TRUE(file.open(path.c_str(), "w"));
   file.beginWriteGroup("FORM", "TEST");
   EXPECT_EQ(file.quickClose(), 0);
@@ -221,17 +158,7 @@ TEST(TiffFile, ownsItsFile)
   EXPECT_EQ(file.setTmp(), 0);
   EXPECT_EQ(file.initInheritance(FLopen(other.c_str(), "r")), 0);
   EXPECT_FALSE(std::filesystem::exists(path));
-  EXPECT_EQ(walk(file.file()), "FOR4:TEST[AAAA=1 BBBB=22 ].");
-  void* address = nullptr;
-  std::size_t size = 0;
-  EXPECT_TRUE(!file.memoryInfo(address, size) && !file.isTty());
-  char block[12] = {};
-  {
-    TiffFile inMemory(memoryName(block, sizeof block).c_str(), "w");
-    EXPECT_TRUE(inMemory.memoryInfo(address, size) && address == block && size == 12);
-    inMemory.beginWriteGroup("FORM", "TEST");
-  } // completes it
-  EXPECT_EQ(std::string(block, 12), form(""));
+  EXPECT_EQ(file.skipGroup(), 0);
 }
 
 TEST(TiffFile, readsAndWritesChunksByTheirParts)
@@ -242,7 +169,6 @@ TEST(TiffFile, readsAndWritesChunksByTheirParts)
   EXPECT_EQ(file.putTypedChunk("TYPD", 5, "12345", 0x01020304), 0);
   EXPECT_EQ(file.putTypedChunk("TYPD", 0x7FFFFFFC, "", 0), kFLbadSize);
   EXPECT_EQ(file.putChunk("TYPD", 3, "123"), 0);
-  EXPECT_EQ(file.putChunk("TYPD", -1, ""), kFLbadSize);
   file.beginPut("TEXT", 22);
   EXPECT_EQ(file.putString("one"), 4);
   EXPECT_EQ(file.putString("twofold", 3), 4); // its fourth byte is the zero, not the "f"
@@ -250,17 +176,17 @@ TEST(TiffFile, readsAndWritesChunksByTheirParts)
   EXPECT_EQ(file.putString("a long text") + file.put("!", 1), 13);
   EXPECT_EQ(file.putString("1"), 0); // no room, and nothing of it is written
   EXPECT_EQ(file.endPut(), 0);
-  EXPECT_EQ(file.putString(nullptr), 0);
-  std::memcpy(file.beginWriteBufferedChunk("BUFD", 4), "bufd", 4);
-  EXPECT_EQ(file.endWriteBufferedChunk(), 0);
   EXPECT_EQ(file.close(), 0);
 
+  void* address = nullptr;
+  std::size_t room = 0;
   ASSERT_TRUE(file.open(memoryName(block, sizeof block).c_str(), "r"));
+  EXPECT_TRUE(file.memoryInfo(address, room) && address == block && room == sizeof block && !file.isTty());
   TiffTag id;
   Tint32 size = 0;
   TuInt32 type = 0;
   ASSERT_EQ(file.beginReadGroup(id), 0);
-  EXPECT_EQ(std::string(static_cast<char*>(file.getTypedChunk(id, &size, &type)), 5), "12345");
+  EXPECT_EQ(std::memcmp(file.getTypedChunk(id, &size, &type), "12345", 5), 0);
   EXPECT_TRUE(id == "TYPD" && size == 5 && type == 0x01020304);
   EXPECT_TRUE(!file.readTypedChunk(&size, &type) && file.error() == kFLnoChunk);
   EXPECT_EQ(file.beginGet(id, &size), 0);
@@ -276,11 +202,6 @@ TEST(TiffFile, readsAndWritesChunksByTheirParts)
   }
   EXPECT_EQ(file.unget("!", 1), 0);
   EXPECT_TRUE(file.getString(text, 0) == 0 && file.error() == kFLbadSize && file.getString(text, 1) == 1 && !*text);
-  file.endGet();
-  EXPECT_EQ(file.beginGet(id, nullptr), 0);
-  EXPECT_EQ(std::memcmp(file.sharedGet(2), "bu", 2), 0);
-  EXPECT_EQ(file.insertBytes("bu", 2), 0);
-  EXPECT_EQ(std::memcmp(file.readChunk(nullptr), "bufd", 4), 0);
   EXPECT_EQ(TiffFile::swapWord(0x01020304), 0x04030201U);
   EXPECT_EQ(TiffFile::swapHalf(0xFFFF0102), 0x0201U);
 }
