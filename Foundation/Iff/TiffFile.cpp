@@ -249,10 +249,10 @@ int TiffFile::groupEvent(TiffTag group, TiffTag type)
 // file; the engine's functions then fail.
 int TiffFile::parseKernel()
 {
+  TuInt32 id = 0, type = 0;
+  Tint32 size = 0;
   for (Tint64 depth = 0;;)
   {
-    TuInt32 id = 0, type = 0;
-    Tint32 size = 0;
     int status = FLbgnget(fFile, &id, &size);
     if (status == kFLok)
     {

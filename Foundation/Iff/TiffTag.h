@@ -83,24 +83,21 @@ public:
 // The well-known ids: kBODY is "BODY". The last of a family's ids, "FORx" and so on, ends in a zero byte instead: it is
 // what kGMSK makes of the others. kGEND and kEOVC mark ends of what was written without a size, kCPRT holds rights.
 // clang-format off
-#define FOUNDATION_OWN_TAGS(TAG)                                                                                       \
-  TAG(FORM) TAG(FOR4) TAG(FOR8) TAG(CAT4) TAG(CAT8) TAG(LIST) TAG(LIS4) TAG(LIS8) TAG(PROP) TAG(PRO4) TAG(PRO8)        \
-  TAG(PATH) TAG(INCL) TAG(GEND) TAG(EOVC)                                                                              \
-                                                                                                                       \
-  TAG(AIFF) TAG(AIFC) TAG(AUTH) TAG(NAME) TAG(ANNO) TAG(COMM) TAG(SSND) TAG(COMT) TAG(DATE) TAG(BODY) TAG(FVER)        \
-  TAG(FILE) TAG(DATA) TAG(MANY) TAG(USER) TAG(WDGT) TAG(CIMG) TAG(TBHD) TAG(FLDS) TAG(CMAP) TAG(RAYT) TAG(TBMP)        \
-  TAG(RGBA) TAG(ZBUF) TAG(ABUF) TAG(ICON) TAG(RGB2) TAG(FONT) TAG(FHDR) TAG(FCHR) TAG(MDLF) TAG(MHDR) TAG(SGRP)        \
-  TAG(PGSH) TAG(SHEL) TAG(SHDR) TAG(VRTX) TAG(EDGE) TAG(POLY) TAG(CURV) TAG(SURF) TAG(TBUF) TAG(RPBM) TAG(GPBM)        \
-  TAG(BPBM) TAG(APBM) TAG(HTXT) TAG(PATN) TAG(PBGD) TAG(PAGE) TAG(PDEF) TAG(SHOW) TAG(STYL) TAG(FTXT) TAG(RECT)        \
-  TAG(CIRC) TAG(CARC) TAG(RCRV) TAG(SIMG) TAG(LINK) TAG(ASDG) TAG(PROJ) TAG(GUIO) TAG(MRPH) TAG(PREV) TAG(OUTP)        \
-  TAG(COLR) TAG(GRUP) TAG(FRAM) TAG(SHAP)
 #define FOUNDATION_TAGS(OWN, OTHER)                                                                                    \
-  FOUNDATION_OWN_TAGS(OWN)                                                                                             \
-  OTHER(CAT, "CAT ") OTHER(FORx, "FOR") OTHER(CATx, "CAT") OTHER(LISx, "LIS") OTHER(PROx, "PRO")                       \
-  OTHER(GMSK, 0xFFFFFF00U) OTHER(ZERO, 0) OTHER(CPRT, "(c) ")
+  OWN(kFORM) OWN(kFOR4) OWN(kFOR8) OWN(kCAT4) OWN(kCAT8) OWN(kLIST) OWN(kLIS4) OWN(kLIS8) OWN(kPROP) OWN(kPRO4)        \
+  OWN(kPRO8) OWN(kPATH) OWN(kINCL) OWN(kGEND) OWN(kEOVC) OWN(kAIFF) OWN(kAIFC) OWN(kAUTH) OWN(kNAME) OWN(kANNO)        \
+  OWN(kCOMM) OWN(kSSND) OWN(kCOMT) OWN(kDATE) OWN(kBODY) OWN(kFVER) OWN(kFILE) OWN(kDATA) OWN(kMANY) OWN(kUSER)        \
+  OWN(kWDGT) OWN(kCIMG) OWN(kTBHD) OWN(kFLDS) OWN(kCMAP) OWN(kRAYT) OWN(kTBMP) OWN(kRGBA) OWN(kZBUF) OWN(kABUF)        \
+  OWN(kICON) OWN(kRGB2) OWN(kFONT) OWN(kFHDR) OWN(kFCHR) OWN(kMDLF) OWN(kMHDR) OWN(kSGRP) OWN(kPGSH) OWN(kSHEL)        \
+  OWN(kSHDR) OWN(kVRTX) OWN(kEDGE) OWN(kPOLY) OWN(kCURV) OWN(kSURF) OWN(kTBUF) OWN(kRPBM) OWN(kGPBM) OWN(kBPBM)        \
+  OWN(kAPBM) OWN(kHTXT) OWN(kPATN) OWN(kPBGD) OWN(kPAGE) OWN(kPDEF) OWN(kSHOW) OWN(kSTYL) OWN(kFTXT) OWN(kRECT)        \
+  OWN(kCIRC) OWN(kCARC) OWN(kRCRV) OWN(kSIMG) OWN(kLINK) OWN(kASDG) OWN(kPROJ) OWN(kGUIO) OWN(kMRPH) OWN(kPREV)        \
+  OWN(kOUTP) OWN(kCOLR) OWN(kGRUP) OWN(kFRAM) OWN(kSHAP)                                                               \
+  OTHER(kCAT, "CAT ") OTHER(kFORx, "FOR") OTHER(kCATx, "CAT") OTHER(kLISx, "LIS") OTHER(kPROx, "PRO")                  \
+  OTHER(kGMSK, 0xFFFFFF00U) OTHER(kZERO, 0) OTHER(kCPRT, "(c) ")
 // clang-format on
-#define FOUNDATION_DECLARE_OWN_TAG(name) static const TiffTag k##name;
-#define FOUNDATION_DECLARE_TAG(name, value) static const TiffTag k##name;
+#define FOUNDATION_DECLARE_OWN_TAG(name) static const TiffTag name;
+#define FOUNDATION_DECLARE_TAG(name, value) static const TiffTag name;
   FOUNDATION_TAGS(FOUNDATION_DECLARE_OWN_TAG, FOUNDATION_DECLARE_TAG)
 #undef FOUNDATION_DECLARE_OWN_TAG
 #undef FOUNDATION_DECLARE_TAG
@@ -114,13 +111,12 @@ private:
   TuInt32 fValue = 0;
 };
 
-#define FOUNDATION_DEFINE_OWN_TAG(name) inline constexpr TiffTag TiffTag::k##name(#name);
-#define FOUNDATION_DEFINE_TAG(name, value) inline constexpr TiffTag TiffTag::k##name(value);
+#define FOUNDATION_DEFINE_OWN_TAG(name) inline constexpr TiffTag TiffTag::name(&#name[1]);
+#define FOUNDATION_DEFINE_TAG(name, value) inline constexpr TiffTag TiffTag::name(value);
 FOUNDATION_TAGS(FOUNDATION_DEFINE_OWN_TAG, FOUNDATION_DEFINE_TAG)
 #undef FOUNDATION_DEFINE_OWN_TAG
 #undef FOUNDATION_DEFINE_TAG
 #undef FOUNDATION_TAGS
-#undef FOUNDATION_OWN_TAGS
 
 /// Writes the four characters; those that are not printable ASCII, and '\', as \xNN.
 FOUNDATION_API std::ostream& operator<<(std::ostream& out, TiffTag tag);
