@@ -253,7 +253,7 @@ int TiffFile::parseKernel()
   Tint32 size = 0;
   for (Tint64 depth = 0;;)
   {
-    int status = FLbgnget(fFile, &id, &size);
+    int status = fFile ? FLbgnget(fFile, &id, &size) : FLfail(kFLbadCall);
     if (status == kFLok)
     {
       status = leafEvent(id, size);
@@ -283,7 +283,7 @@ int TiffFile::parseKernel()
     else if (status == kFLincomplete && !fFile->fLevel->fParent)
     {
       flerrno = 0;
-      return kFLend;
+      status = kFLend;
     }
     if (status == kFLend && depth > 0)
     {

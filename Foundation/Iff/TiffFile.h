@@ -208,10 +208,9 @@ public:
   /// Begins a group: FLbgnwritegroup. Buffered, it fails as that does, at once, and ending it is not due then.
   int beginWriteGroup(TiffTag group, TiffTag type);
 
-  /// Ends the group: FLendwritegroup. A buffered group is written, and if that fails left again; nothing is written
-  /// with kFLpastBlock, when an enclosing group has no room for it, with kFLbadSize, when the alignment in force is not
-  /// 4 and a chunk in it is padded otherwise than it counts, and after the failure of one of its puts, which is
-  /// returned.
+  /// Ends the group: FLendwritegroup. A buffered group is written, and is ended in any case. Nothing of it is written
+  /// with kFLpastBlock (an enclosing group has no room for it), with kFLbadSize (the alignment in force is not 4, and
+  /// pads one of its chunks otherwise), and after a put for which there was no memory, whose failure is returned.
   int endWriteGroup();
 
   /// Begins a chunk of exactly \p size bytes, or of as many as will come if negative: FLbgnputchunk. Buffered, the size
@@ -222,8 +221,8 @@ public:
   /// chunks, with kFLnoMemory, or when the data exceeded 65536 bytes and writing them failed.
   long put(const void* data, long count);
 
-  /// The same for a text and a zero behind it. Returns the number of both, 0, or without the zero when there is room
-  /// for the characters that \p count says only.
+  /// The same for a text and a zero behind it; returns how many bytes it wrote: both, or none. The forms with a length
+  /// write the zero by itself: where there is no room for it, the characters only.
   long putString(const char* text);
   long putString(const char* text, long count);
   long putString(std::string_view text) { return putString(text.data(), long(text.size())); }
@@ -231,8 +230,8 @@ public:
   /// Ends the chunk: FLendputchunk. In a buffered group it does nothing.
   int endPut();
 
-  /// Writes a whole chunk. The typed one has 4 bytes more, the word of type in the machine's own byte order; kFLbadSize
-  /// when that is too large. Both go into a buffered group like others.
+  /// Writes a whole chunk. The typed one has 4 bytes more: first the word of type, in the machine's own byte order.
+  /// kFLbadSize when \p size is negative or that is too large. Both go into a buffered group like others.
   int putChunk(TiffTag id, Tint32 size, const void* data) { return putWhole(id, nullptr, size, data); }
   int putTypedChunk(TiffTag id, Tint32 size, const void* data, TuInt32 type) { return putWhole(id, &type, size, data); }
 

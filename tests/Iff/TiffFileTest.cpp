@@ -146,19 +146,13 @@ TEST(TiffFile, ownsItsFile)
   EXPECT_EQ(file.beginWriteGroup("FORM", "TEST"), 0);
   TiffFile moved(std::move(file));
   EXPECT_TRUE(moved.isActive() && !file.isActive()); // NOLINT(bugprone-use-after-move): that is what is asked
-  EXPECT_TRUE(moved.reopen(other.c_str(), "r"));     // completes the group
-  EXPECT_EQ(scratch.read("file"), form(""));
-  file = std::move(moved);
-  EXPECT_TRUE(!file.reopen(scratch.path("none").c_str(), "r") && !file.isActive());
-  ASSERT_TRUE(file.open(path.c_str(), "w"));
-  file.beginWriteGroup("FORM", "TEST");
-  EXPECT_EQ(file.quickClose(), 0);
+  EXPECT_TRUE(moved.reopen(path.c_str(), "w"));      // completes the group
+  EXPECT_TRUE(moved.beginWriteGroup("FORM", "TEST") == 0 && moved.quickClose() == 0);
   EXPECT_EQ(scratch.read("file"), begun(kPatched));
-  ASSERT_TRUE(file.open(path.c_str(), "w"));
-  EXPECT_EQ(file.setTmp(), 0);
-  EXPECT_EQ(file.initInheritance(FLopen(other.c_str(), "r")), 0);
+  ASSERT_TRUE(moved.open(path.c_str(), "w") && moved.setTmp() == 0);
+  EXPECT_EQ(moved.initInheritance(FLopen(other.c_str(), "r")), 0);
   EXPECT_FALSE(std::filesystem::exists(path));
-  EXPECT_EQ(file.skipGroup(), 0);
+  EXPECT_TRUE(moved.skipGroup() == 0 && !moved.reopen(path.c_str(), "r") && !moved.isActive());
 }
 
 TEST(TiffFile, readsAndWritesChunksByTheirParts)
@@ -169,19 +163,13 @@ TEST(TiffFile, readsAndWritesChunksByTheirParts)
   EXPECT_EQ(file.putTypedChunk("TYPD", 5, "12345", 0x01020304), 0);
   EXPECT_EQ(file.putTypedChunk("TYPD", 0x7FFFFFFC, "", 0), kFLbadSize);
   EXPECT_EQ(file.putChunk("TYPD", 3, "123"), 0);
-  file.beginPut("TEXT", 22);
-  EXPECT_EQ(file.putString("one"), 4);
-  EXPECT_EQ(file.putString("twofold", 3), 4); // its fourth byte is the zero, not the "f"
-  EXPECT_EQ(file.putString(std::string_view()), 1);
+  file.beginPut("TEXT", 21);
+  EXPECT_EQ(file.putString("one") + file.putString("twofold", 3), 8); // the eighth byte is a zero, not the "f"
   EXPECT_EQ(file.putString("a long text") + file.put("!", 1), 13);
   EXPECT_EQ(file.putString("1"), 0); // no room, and nothing of it is written
-  EXPECT_EQ(file.endPut(), 0);
   EXPECT_EQ(file.close(), 0);
 
-  void* address = nullptr;
-  std::size_t room = 0;
   ASSERT_TRUE(file.open(memoryName(block, sizeof block).c_str(), "r"));
-  EXPECT_TRUE(file.memoryInfo(address, room) && address == block && room == sizeof block && !file.isTty());
   TiffTag id;
   Tint32 size = 0;
   TuInt32 type = 0;
@@ -193,17 +181,16 @@ TEST(TiffFile, readsAndWritesChunksByTheirParts)
   EXPECT_TRUE(!file.readTypedChunk(&size, &type) && file.error() == kFLbadSize);
   EXPECT_EQ(file.beginGet(id, &size), 0);
   char text[5];
-  const std::pair<long, const char*> texts[] = {{4, "one"}, {4, "two"}, {1, ""}, {12, "a lo"}, {1, "!"}, {0, ""}};
+  const std::pair<long, const char*> texts[] = {{4, "one"}, {4, "two"}, {12, "a lo"}, {1, "!"}, {0, ""}};
   for (const auto& [taken, read] : texts)
   {
     flerrno = 0;
     EXPECT_TRUE(file.getString(text, sizeof text) == taken && std::string(text) == read) << read;
-    EXPECT_EQ(file.error(), taken > 0 && *read != '!' ? 0 : int(kFLpastBlock)) << read;
+    EXPECT_EQ(file.error(), taken > 1 ? 0 : int(kFLpastBlock)) << read;
   }
-  EXPECT_EQ(file.unget("!", 1), 0);
-  EXPECT_TRUE(file.getString(text, 0) == 0 && file.error() == kFLbadSize && file.getString(text, 1) == 1 && !*text);
-  EXPECT_EQ(TiffFile::swapWord(0x01020304), 0x04030201U);
-  EXPECT_EQ(TiffFile::swapHalf(0xFFFF0102), 0x0201U);
+  EXPECT_TRUE(file.unget("!", 1) == 0 && file.getString(text, 0) == 0 && file.error() == kFLbadSize);
+  EXPECT_TRUE(file.getString(text, 1) == 1 && !*text);
+  EXPECT_TRUE(TiffFile::swapWord(0x01020304) == 0x04030201 && TiffFile::swapHalf(0xFFFF0102) == 0x0201);
 }
 
 } // namespace
