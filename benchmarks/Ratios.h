@@ -68,7 +68,7 @@ inline void printTable(const std::string& table, const std::vector<Case>& cases,
       });
       char mark[32] = "";
       if (aim != aims.end())
-        std::snprintf(mark, sizeof mark, "%s %.1f:", ratio <= aim->ratio ? "meets" : "MISSES", aim->ratio);
+        std::snprintf(mark, sizeof mark, "%s %.3g:", ratio <= aim->ratio ? "meets" : "MISSES", aim->ratio);
       std::printf("%11s%7.2f", mark, ratio);
     }
   }

@@ -40,6 +40,14 @@ class TcharStringPrinter:
         return self.text
 
 
+class TiffTagPrinter:
+    def __init__(self, value):
+        self.value = int(value["fValue"])
+
+    def to_string(self):
+        return gdb.Value(self.value.to_bytes(4, "big"), gdb.lookup_type("char").array(3))
+
+
 class TarrayPrinter:
     """length 3 of 4 = {1, 2, 3}"""
 
@@ -181,7 +189,7 @@ class TextPrinter:
 
 
 class Printers(gdb.printing.PrettyPrinter):
-    named = {"Tstring": TstringPrinter, "TcharString": TcharStringPrinter}
+    named = {"Tstring": TstringPrinter, "TcharString": TcharStringPrinter, "TiffTag": TiffTagPrinter}
 
     def __init__(self):
         super().__init__("Foundation")

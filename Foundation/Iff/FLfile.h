@@ -271,6 +271,11 @@ bool FLcloseTransport(FLtransport& transport);
 /// Checks what a header may be here: 0 and the id's flags, or the error.
 int FLclassify(const FLcontext* level, TuInt32 id, unsigned& flags);
 
+/// The same for a header that is to be written. FLmaybegin makes all checks of beginning a chunk of at least \p size
+/// bytes, or with \p type a group: 0 and the flags, or the error.
+int FLmaywrite(const FLcontext* level, TuInt32 id, unsigned& flags);
+int FLmaybegin(_FLfile* file, TuInt32 id, Tint32 size, const TuInt32* type, unsigned& flags);
+
 /// The alignment - 1 of a chunk with these flags: its own where it is a group, at least the level's.
 inline unsigned char FLmaskof(const FLcontext* level, unsigned flags)
 {

@@ -24,33 +24,12 @@ bool fits(const _FLfile* file, Tint64 size)
   return level->fLimit == kFLnoLimit || size + 8 <= level->fLimit - FLposition(file);
 }
 
-// What every way of beginning a chunk checks first.
-int mayBegin(_FLfile* file, TuInt32 id, Tint32 size, unsigned& flags)
-{
-  if (!file)
-    return FLfail(kFLbadCall);
-  if (!file->fWrites)
-    return FLfail(kFLbadMode);
-  const FLcontext* level = file->fLevel;
-  if (level->fFlags & kFLopen)
-    return FLfail(kFLnestedWrite);
-  if (const int error = FLclassify(level, id, flags))
-    return FLfail(error);
-  if (id == kFLgend) // the engine's own
-    return FLfail(kFLreservedId);
-  if (!fits(file, std::max<Tint32>(size, 0)))
-    return FLfail(kFLpastBlock);
-  return FLbeginwriting(file);
-}
-
 // Begins a chunk, or with `type` a group that is entered. The header is written at once, or nothing is.
 int begin(_FLfile* file, TuInt32 id, Tint32 size, const TuInt32* type)
 {
   unsigned flags = 0;
-  if (const int error = mayBegin(file, id, type && size < 0 ? 4 : size, flags))
+  if (const int error = FLmaybegin(file, id, type && size < 0 ? 4 : size, type, flags))
     return error;
-  if (type && !(flags & kFLidGroup))
-    return FLfail(kFLbadId);
   if (size < 0)
     size = file->fFifo ? FL_SIZE_STREAMED : FL_SIZE_PATCHED;
   FLcontext* level = file->fLevel;
@@ -82,12 +61,30 @@ int begin(_FLfile* file, TuInt32 id, Tint32 size, const TuInt32* type)
   return 0;
 }
 
-int beginGroup(_FLfile* file, TuInt32 group, TuInt32 type, Tint32 size)
+} // namespace
+
+int FLmaywrite(const FLcontext* level, TuInt32 id, unsigned& flags)
 {
-  return type & 0x80000000U ? FLfail(kFLbadId) : begin(file, group, size, &type);
+  const int error = FLclassify(level, id, flags);
+  return error == 0 && id == kFLgend ? kFLreservedId : error; // "GEND" is the engine's own
 }
 
-} // namespace
+int FLmaybegin(_FLfile* file, TuInt32 id, Tint32 size, const TuInt32* type, unsigned& flags)
+{
+  if (!file)
+    return FLfail(kFLbadCall);
+  if (!file->fWrites)
+    return FLfail(kFLbadMode);
+  if (file->fLevel->fFlags & kFLopen)
+    return FLfail(kFLnestedWrite);
+  if (const int error = FLmaywrite(file->fLevel, id, flags))
+    return FLfail(error);
+  if (type && (!(flags & kFLidGroup) || (*type & 0x80000000U)))
+    return FLfail(kFLbadId);
+  if (!fits(file, std::max<Tint32>(size, 0)))
+    return FLfail(kFLpastBlock);
+  return FLbeginwriting(file);
+}
 
 int FLbgnputchunk(_FLfile* file, TuInt32 id, Tint32 size)
 {
@@ -188,12 +185,12 @@ int FLendputchunk(_FLfile* file)
 
 int FLbgnwritegroup(_FLfile* file, TuInt32 group, TuInt32 type)
 {
-  return beginGroup(file, group, type, FL_SIZE_UNKNOWN);
+  return begin(file, group, FL_SIZE_UNKNOWN, &type);
 }
 
 int FLbgnwritegroupsize(_FLfile* file, TuInt32 group, TuInt32 type, Tint32 size)
 {
-  return size < 4 ? FLfail(kFLbadSize) : beginGroup(file, group, type, size);
+  return size < 4 ? FLfail(kFLbadSize) : begin(file, group, size, &type);
 }
 
 int FLendwritegroup(_FLfile* file)
@@ -267,7 +264,7 @@ void* FLbgnbufchunk(_FLfile* file, TuInt32 id, Tint32 size)
   unsigned flags = 0;
   if (file && size < 0 && !(file->fLevel->fFlags & kFLopen))
     return FLfail(kFLbadSize), nullptr;
-  if (mayBegin(file, id, size, flags) != 0)
+  if (FLmaybegin(file, id, size, nullptr, flags) != 0)
     return nullptr;
   const FLcontext* level = file->fLevel;
   if (!level->fParent)

@@ -1,9 +1,8 @@
-#include "tests/Iff/Chunks.h"
+#include "tests/Iff/Outputs.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <sstream>
 
@@ -18,36 +17,21 @@ void put(_FLfile* file, const char* name, const std::string& data, bool sized = 
   EXPECT_EQ(FLendputchunk(file), 0);
 }
 
-// What the script leaves in a file, a memory block, a pipe, and a pipe through a spool.
-struct Outputs
+Outputs outputsOf(const std::function<void(_FLfile*)>& script)
 {
-  std::string file, memory, pipe, spooled;
-
-  explicit Outputs(const std::function<void(_FLfile*)>& script)
-  {
-    const Scratch scratch;
-    const auto run = [&](const std::string& name, const char* mode) {
-      _FLfile* out = FLopen(name.c_str(), mode);
-      ASSERT_TRUE(out) << name << ": " << FLstrerror(flerrno);
-      script(out);
-      EXPECT_EQ(FLclose(out), 0) << name << ": " << FLstrerror(flerrno);
-    };
-    run(scratch.path("file"), "w");
-    file = scratch.read("file");
-    memory.assign(file.size(), '#'); // exactly the room that it needs
-    run(memoryName(memory.data(), memory.size()), "w");
-    run(std::string("pipe:") + FLRCP + " -w x:" + scratch.path("pipe"), "w");
-    pipe = scratch.read("pipe");
-    run(std::string("pipe:") + FLRCP + " -w x:" + scratch.path("spooled"), "ws");
-    spooled = scratch.read("spooled");
-  }
-};
+  return Outputs([&](const char* name, const char* mode) {
+    _FLfile* out = FLopen(name, mode);
+    ASSERT_TRUE(out) << name << ": " << FLstrerror(flerrno);
+    script(out);
+    EXPECT_EQ(FLclose(out), 0) << name << ": " << FLstrerror(flerrno);
+  });
+}
 
 } // namespace
 
 TEST(FLwrite, patchesWhereItCanAndStreamsWhereItCannot)
 {
-  const Outputs out([](_FLfile* file) {
+  const Outputs out = outputsOf([](_FLfile* file) {
     EXPECT_EQ(FLbgnwritegroup(file, id("FORM"), id("TEST")), 0);
     put(file, "AAAA", "123");
     put(file, "BBBB", "12345", false);
@@ -80,7 +64,7 @@ TEST(FLwrite, patchesAcrossTheWindow)
   for (std::size_t before = 65536 - 40; before < 65536 + 8; ++before)
   {
     const std::string first(before - 28, 'a'), second(before % 2 ? 10 : 70000, 'b');
-    const Outputs out([&](_FLfile* file) {
+    const Outputs out = outputsOf([&](_FLfile* file) {
       FLbgnwritegroup(file, id("FOR4"), id("TEST"));
       put(file, "AAAA", first);
       put(file, "BBBB", second, false);
@@ -147,7 +131,7 @@ TEST(FLwrite, refusesWhatWouldBreakTheFile)
 
 TEST(FLwrite, buffersChunks)
 {
-  const Outputs out([](_FLfile* file) {
+  const Outputs out = outputsOf([](_FLfile* file) {
     FLbgnwritegroup(file, id("FOR4"), id("TEST"));
     std::memset(FLbgnbufchunk(file, id("XXXX"), 20), 'x', 20); // leaves the buffer dirty
     EXPECT_EQ(FLendbufchunk(file, -1), 0);

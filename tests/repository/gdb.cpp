@@ -73,4 +73,6 @@ int main()
   const bool good = empty == blank && text == sharing && borrowed.length() == 8 && copy == arm && none != arm;
   return good && numbers.length() + names.length() == 5 && parts.validate() && colours.find("lamp") ? 0
                                                                                                     : 1; // stop here
+  const TiffTagArray tags{TiffTag::kCAT, TiffTag::kFORx};
+  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() + tags.length() == 7 ? 0 : 1; // stop here
 }
