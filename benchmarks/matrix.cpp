@@ -25,9 +25,10 @@ struct Ours
   static Matrix product(const Matrix& a, const Matrix& b) { return a * b; }
   static Matrix affine(const Matrix& a, const Matrix& b)
   {
+    Matrix product;
     if constexpr (sizeof(Real) == 8)
-      return Matrix().affineProduct(a, b);
-    return a * b;
+      product.affineProduct(a, b);
+    return product;
   }
   static Matrix inverse(const Matrix& a) { return a.inverse(); }
   static Matrix fastInverse(const Matrix& a) { return a.fastInverse(); }

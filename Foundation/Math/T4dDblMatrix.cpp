@@ -3,17 +3,31 @@
 #include "Foundation/Debug/TdebugOutput.h"
 
 #include <cstdint>
+#include <cstring>
 #include <utility>
 
 namespace {
 
-/// a - factor * b, from column \p first on.
+/// Four numbers in as many registers as every processor has for them.
 template <class Real>
-void subtractRow(Real (&a)[4], Real factor, const Real (&b)[4], int first)
+struct Row
 {
-  for (int i = first; i < 4; ++i)
-    a[i] -= factor * b[i];
-}
+  static constexpr int kParts = 4 * sizeof(Real) / 16;
+  typedef Real Part __attribute__((vector_size(16))); // NOLINT(modernize-use-using)
+  Part parts[kParts];
+
+  Real operator[](int i) const { return parts[i * kParts / 4][i % (4 / kParts)]; }
+  void subtract(Real factor, const Row& other)
+  {
+    for (int i = 0; i < kParts; ++i)
+      parts[i] -= factor * other.parts[i];
+  }
+  void divideBy(Real divisor)
+  {
+    for (Part& part : parts)
+      part /= divisor;
+  }
+};
 
 } // namespace
 
@@ -21,18 +35,15 @@ template <class Real>
 TmatrixOf<Real>& TmatrixOf<Real>::invertIt() noexcept
 {
   constexpr Real kNoPivot = Traits::kNoPivot;
-  TmatrixOf left = *this, right; // in the end the identity and the inverse
-  auto& a = left.fRows;
-  auto& b = right.fRows;
-  // Left of column j no row of a is read again.
+  // In the end the identity and the inverse. Left of the column that is at hand nothing of a is read again.
+  Row<Real> a[4], b[4];
+  std::memcpy(a, fRows, sizeof a);
+  std::memcpy(b, identity.fRows, sizeof b);
   for (int j = 0; j < 4; ++j)
   {
     int pivot = j;
     for (int i = j + 1; i < 4; ++i)
-    {
-      if (a[i][j] * a[i][j] > a[pivot][j] * a[pivot][j])
-        pivot = i;
-    }
+      pivot = a[i][j] * a[i][j] > a[pivot][j] * a[pivot][j] ? i : pivot;
     if (pivot != j)
     {
       std::swap(a[j], a[pivot]);
@@ -43,8 +54,8 @@ TmatrixOf<Real>& TmatrixOf<Real>::invertIt() noexcept
     for (int i = j + 1; i < 4; ++i)
     {
       const Real factor = a[i][j] / a[j][j];
-      subtractRow(a[i], factor, a[j], j + 1);
-      subtractRow(b[i], factor, b[j], 0);
+      a[i].subtract(factor, a[j]);
+      b[i].subtract(factor, b[j]);
     }
   }
   for (int i = 0; i < 4; ++i)
@@ -52,21 +63,20 @@ TmatrixOf<Real>& TmatrixOf<Real>::invertIt() noexcept
     const Real pivot = a[i][i];
     if (Tcomponents::magnitude(pivot) <= kNoPivot)
       continue;
-    for (int j = i + 1; j < 4; ++j)
-      a[i][j] /= pivot;
-    for (Real& component : b[i])
-      component /= pivot;
+    a[i].divideBy(pivot);
+    b[i].divideBy(pivot);
   }
   for (int j = 1; j < 4; ++j)
   {
     for (int i = 0; i < j; ++i)
     {
       const Real factor = a[i][j];
-      subtractRow(a[i], factor, a[j], j + 1);
-      subtractRow(b[i], factor, b[j], 0);
+      a[i].subtract(factor, a[j]);
+      b[i].subtract(factor, b[j]);
     }
   }
-  return *this = right;
+  std::memcpy(fRows, b, sizeof b);
+  return *this;
 }
 
 template <class Real>

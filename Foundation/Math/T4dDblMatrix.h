@@ -107,9 +107,11 @@ public:
     const auto at = [&a, &b](int i, int j) {
       return a.fRows[i][0] * b.fRows[0][j] + a.fRows[i][1] * b.fRows[1][j] + a.fRows[i][2] * b.fRows[2][j];
     };
-    return *this =
-             TmatrixOf(at(0, 0), at(0, 1), at(0, 2), 0, at(1, 0), at(1, 1), at(1, 2), 0, at(2, 0), at(2, 1), at(2, 2),
-                       0, at(3, 0) + b.fRows[3][0], at(3, 1) + b.fRows[3][1], at(3, 2) + b.fRows[3][2], 1);
+    const Real rows[4][4] = {{at(0, 0), at(0, 1), at(0, 2), 0},
+                             {at(1, 0), at(1, 1), at(1, 2), 0},
+                             {at(2, 0), at(2, 1), at(2, 2), 0},
+                             {at(3, 0) + b.fRows[3][0], at(3, 1) + b.fRows[3][1], at(3, 2) + b.fRows[3][2], 1}};
+    return setRows(rows);
   }
   template <class R = Real, class = TdoubleOnly<R>>
   constexpr TmatrixOf& affinePostmultBy(const TmatrixOf& m) noexcept
@@ -167,13 +169,13 @@ public:
     const Real determinant = minors.determinant();
     if (determinant <= Traits::kNoFastInverse)
       return invertIt();
-    return *this = adjugate(minors) *= 1 / determinant;
+    return setToAdjugate(minors, 1 / determinant);
   }
   TmatrixOf fastInverse() const noexcept { return TmatrixOf(*this).fastInvertIt(); }
 
   /// The adjugate: the cofactors, transposed.
-  constexpr TmatrixOf& adjointIt() noexcept { return *this = adjoint(); }
-  constexpr TmatrixOf adjoint() const noexcept { return adjugate(Tminors(fRows)); }
+  constexpr TmatrixOf& adjointIt() noexcept { return setToAdjugate(Tminors(fRows), 1); }
+  constexpr TmatrixOf adjoint() const noexcept { return TmatrixOf(*this).adjointIt(); }
 
   constexpr TmatrixOf& transposeIt() noexcept { return *this = transpose(); }
   constexpr TmatrixOf transpose() const noexcept
@@ -301,19 +303,31 @@ private:
     }
   };
 
-  constexpr TmatrixOf adjugate(const Tminors& d) const noexcept
+  // The adjugate, times a factor.
+  constexpr TmatrixOf& setToAdjugate(const Tminors& d, Real factor) noexcept
   {
     const auto& m = fRows;
-    return {m[1][1] * d.b23 - m[1][2] * d.b13 + m[1][3] * d.b12, m[0][2] * d.b13 - m[0][1] * d.b23 - m[0][3] * d.b12,
-            m[3][1] * d.a23 - m[3][2] * d.a13 + m[3][3] * d.a12, m[2][2] * d.a13 - m[2][1] * d.a23 - m[2][3] * d.a12,
-            m[1][2] * d.b03 - m[1][0] * d.b23 - m[1][3] * d.b02, m[0][0] * d.b23 - m[0][2] * d.b03 + m[0][3] * d.b02,
-            m[3][2] * d.a03 - m[3][0] * d.a23 - m[3][3] * d.a02, m[2][0] * d.a23 - m[2][2] * d.a03 + m[2][3] * d.a02,
-            m[1][0] * d.b13 - m[1][1] * d.b03 + m[1][3] * d.b01, m[0][1] * d.b03 - m[0][0] * d.b13 - m[0][3] * d.b01,
-            m[3][0] * d.a13 - m[3][1] * d.a03 + m[3][3] * d.a01, m[2][1] * d.a03 - m[2][0] * d.a13 - m[2][3] * d.a01,
-            m[1][1] * d.b02 - m[1][0] * d.b12 - m[1][2] * d.b01, m[0][0] * d.b12 - m[0][1] * d.b02 + m[0][2] * d.b01,
-            m[3][1] * d.a02 - m[3][0] * d.a12 - m[3][2] * d.a01, m[2][0] * d.a12 - m[2][1] * d.a02 + m[2][2] * d.a01};
+    const Real rows[4][4] = {
+      {m[1][1] * d.b23 - m[1][2] * d.b13 + m[1][3] * d.b12, m[0][2] * d.b13 - m[0][1] * d.b23 - m[0][3] * d.b12,
+       m[3][1] * d.a23 - m[3][2] * d.a13 + m[3][3] * d.a12, m[2][2] * d.a13 - m[2][1] * d.a23 - m[2][3] * d.a12},
+      {m[1][2] * d.b03 - m[1][0] * d.b23 - m[1][3] * d.b02, m[0][0] * d.b23 - m[0][2] * d.b03 + m[0][3] * d.b02,
+       m[3][2] * d.a03 - m[3][0] * d.a23 - m[3][3] * d.a02, m[2][0] * d.a23 - m[2][2] * d.a03 + m[2][3] * d.a02},
+      {m[1][0] * d.b13 - m[1][1] * d.b03 + m[1][3] * d.b01, m[0][1] * d.b03 - m[0][0] * d.b13 - m[0][3] * d.b01,
+       m[3][0] * d.a13 - m[3][1] * d.a03 + m[3][3] * d.a01, m[2][1] * d.a03 - m[2][0] * d.a13 - m[2][3] * d.a01},
+      {m[1][1] * d.b02 - m[1][0] * d.b12 - m[1][2] * d.b01, m[0][0] * d.b12 - m[0][1] * d.b02 + m[0][2] * d.b01,
+       m[3][1] * d.a02 - m[3][0] * d.a12 - m[3][2] * d.a01, m[2][0] * d.a12 - m[2][1] * d.a02 + m[2][2] * d.a01}};
+    return setRows(rows, factor);
   }
 
+  constexpr TmatrixOf& setRows(const Real (&rows)[4][4], Real factor = 1) noexcept
+  {
+    for (int i = 0; i < 4; ++i)
+    {
+      for (int j = 0; j < 4; ++j)
+        fRows[i][j] = rows[i][j] * factor;
+    }
+    return *this;
+  }
   constexpr TvectorOf<Real> upper(int row) const noexcept { return {fRows[row][0], fRows[row][1], fRows[row][2]}; }
   constexpr void setUpper(int row, const TvectorOf<Real>& v) noexcept
   {
