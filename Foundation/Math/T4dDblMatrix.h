@@ -249,18 +249,18 @@ public:
   template <class R = Real, class = TdoubleOnly<R>>
   constexpr bool isAffine() const noexcept
   {
-    const auto small = [](double value) { return !(Tcomponents::magnitude(value) > 1e-10); };
-    return small(fRows[0][3]) && small(fRows[1][3]) && small(fRows[2][3]) && small(fRows[3][3] - 1);
+    const auto negligible = [](double value) { return !(Tcomponents::magnitude(value) > 1e-10); };
+    return negligible(fRows[0][3]) && negligible(fRows[1][3]) && negligible(fRows[2][3]) && negligible(fRows[3][3] - 1);
   }
 
   /// Whether the rows of the upper 3x3 are perpendicular to one another and equally long, which need not be 1; their
   /// dot products and squared lengths within 1e-10.
   constexpr bool isOrthogonal() const noexcept
   {
-    const auto small = [](double value) { return !(Tcomponents::magnitude(value) > 1e-10); };
+    const auto negligible = [](double value) { return !(Tcomponents::magnitude(value) > 1e-10); };
     const TvectorOf<Real> r0 = upper(0), r1 = upper(1), r2 = upper(2);
-    return small(r0.dot(r0) - r1.dot(r1)) && small(r0.dot(r0) - r2.dot(r2)) && small(r0.dot(r1)) && small(r1.dot(r2)) &&
-           small(r0.dot(r2));
+    return negligible(r0.dot(r0) - r1.dot(r1)) && negligible(r0.dot(r0) - r2.dot(r2)) && negligible(r0.dot(r1)) &&
+           negligible(r1.dot(r2)) && negligible(r0.dot(r2));
   }
 
   /// Prints a section with a line per row: to \p out, or to the standard error output. The level of detail changes
