@@ -8,6 +8,11 @@ function(foundation_target target)
   if(FOUNDATION_WARNINGS) # signs apart, which GCC leaves out of -Wconversion and Clang does not
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wno-sign-conversion -Wshadow -Werror)
   endif()
+  # The same floating-point results on every platform: no sum is fused with a product, nothing is computed in 80 bits.
+  target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-ffp-contract=off>)
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    target_compile_options(${target} PRIVATE -msse2 -mfpmath=sse)
+  endif()
   if(CMAKE_SYSTEM_NAME STREQUAL Linux)
     target_compile_definitions(${target} PRIVATE _FILE_OFFSET_BITS=64)
   endif()

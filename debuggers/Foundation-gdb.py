@@ -190,6 +190,39 @@ class TextPrinter:
 
 class Printers(gdb.printing.PrettyPrinter):
     named = {"Tstring": TstringPrinter, "TcharString": TcharStringPrinter, "TiffTag": TiffTagPrinter}
+class GeometryPrinter:
+    """<1, 2, 3>: the components as operator<< writes them, of a matrix row by row"""
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        def text(value):
+            kind = value.type.strip_typedefs()
+            if kind.code != gdb.TYPE_CODE_ARRAY:
+                return str(value)
+            return "<" + ", ".join(text(value[i]) for i in range(kind.range()[1] + 1)) + ">"
+
+        fields = [field.name for field in self.value.type.strip_typedefs().fields()]
+        return text(self.value["fRows" if "fRows" in fields else "fComponents"])
+
+
+class TanglePrinter:
+    def __init__(self, value):
+        self.radians = float(value["fRadians"])
+
+    def to_string(self):
+        return "%.15g deg" % (self.radians / 3.14159265358979323846 * 180)
+
+
+class Printers(gdb.printing.PrettyPrinter):
+    named = {
+        "Tstring": TstringPrinter,
+        "TcharString": TcharStringPrinter,
+        "Tangle": TanglePrinter,
+        "Tquaternion": GeometryPrinter,
+    }
+    geometry = {"Tpoint3Of", "Tpoint4Of", "TvectorOf", "TtupleOf", "TmatrixOf", "TplanePointOf"}
 
     def __init__(self):
         super().__init__("Foundation")
@@ -200,6 +233,8 @@ class Printers(gdb.printing.PrettyPrinter):
             return self.named[kind.name](value)
         if kind.name in TEXTS:
             return TextPrinter(value, TEXTS[kind.name])
+        if kind.name and kind.name.split("<")[0] in self.geometry:
+            return GeometryPrinter(value)
         element = element_type(kind)
         return TarrayPrinter(value, element) if element else None
         return printer(value, kind)

@@ -1,5 +1,6 @@
 /// \file
-/// Arrays of pointers. They own nothing of what their elements point to.
+/// Arrays of pointers. They own nothing of what their elements point to. Those of points and vectors stand in
+/// Foundation/Math/PointArrays.h.
 
 #pragma once
 
@@ -7,14 +8,9 @@
 #include "Foundation/Container/TtypedArray.h"
 #include "Foundation/Platform/Types.h"
 
-class T3dFltPoint;
 class T3dFltPointArray;
-class T4dDblPoint;
 class T4dDblPointArray;
-class T4dDblVector;
-class T4dFltPoint;
 class T4dFltPointArray;
-class T4dFltVector;
 class TargList;
 class TclientServer;
 class TdataVectorArray;
@@ -26,13 +22,8 @@ class Ttrigger;
 
 // clang-format off
 class T3dFltPointArrayPtrArray : public TtypedArray<T3dFltPointArray*> { public: using TtypedArray::TtypedArray; };
-class T3dFltPointPtrArray : public TtypedArray<T3dFltPoint*> { public: using TtypedArray::TtypedArray; };
 class T4dDblPointArrayPtrArray : public TtypedArray<T4dDblPointArray*> { public: using TtypedArray::TtypedArray; };
-class T4dDblPointPtrArray : public TtypedArray<T4dDblPoint*> { public: using TtypedArray::TtypedArray; };
-class T4dDblVectorPtrArray : public TtypedArray<T4dDblVector*> { public: using TtypedArray::TtypedArray; };
 class T4dFltPointArrayPtrArray : public TtypedArray<T4dFltPointArray*> { public: using TtypedArray::TtypedArray; };
-class T4dFltPointPtrArray : public TtypedArray<T4dFltPoint*> { public: using TtypedArray::TtypedArray; };
-class T4dFltVectorPtrArray : public TtypedArray<T4dFltVector*> { public: using TtypedArray::TtypedArray; };
 class TargListPtrArray : public TtypedArray<TargList*> { public: using TtypedArray::TtypedArray; };
 class TbooleanArrayPtrArray : public TtypedArray<TbooleanArray*> { public: using TtypedArray::TtypedArray; };
 class TcharPtrArray : public TtypedArray<char*> { public: using TtypedArray::TtypedArray; };

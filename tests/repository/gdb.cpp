@@ -75,4 +75,9 @@ int main()
                                                                                                     : 1; // stop here
   const TiffTagArray tags{TiffTag::kCAT, TiffTag::kFORx};
   return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() + tags.length() == 7 ? 0 : 1; // stop here
+  [[maybe_unused]] const T3dFltPoint corner(1, 2.5, -3);
+  [[maybe_unused]] const T3dDblPointArray corners{{1, 2, 3}};
+  [[maybe_unused]] const T4dDblMatrix moved = T4dDblVector(7, 8, 9);
+  [[maybe_unused]] const Tangle right(90, Tangle::kDegrees);
+  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 ? 0 : 1; // stop here
 }

@@ -1,0 +1,242 @@
+#include "Foundation/Debug/TdebugOutput.h"
+#include "Foundation/Math/T4dDblMatrixStack.h"
+#include "Foundation/Platform/Types.h"
+#include "tests/Math/Reference.h"
+
+#include <cstring>
+#include <sstream>
+
+namespace {
+
+template <class Real>
+class Matrices : public testing::Test
+{
+};
+TYPED_TEST_SUITE(Matrices, Precisions);
+
+template <class Real>
+TmatrixOf<Real> diagonal(Real x, Real y, Real z, Real w)
+{
+  return {x, 0, 0, 0, 0, y, 0, 0, 0, 0, z, 0, 0, 0, 0, w};
+}
+
+TYPED_TEST(Matrices, computeWhatLongDoubleDoes)
+{
+  using Real = TypeParam;
+  using Matrix = TmatrixOf<Real>;
+  const double bound = kBound<Real>;
+  Random random;
+  for (int i = 0; i < 2000; ++i)
+  {
+    const Matrix a = random.matrix<Real>(), b = random.matrix<Real>(), c = random.matrix<Real>();
+    const Reference ra(a), rb(b);
+    const Matrix product = a * b;
+    ASSERT_LT((ra * rb).distance(product), bound);
+    ASSERT_TRUE((product * c).equivalent(a * (b * c), Real(bound)));
+    Matrix alias = a;
+    alias.premultBy(b).transposeIt();
+    ASSERT_EQ(alias, (b * a).transpose());
+    ASSERT_EQ(Matrix(a) *= a, Matrix(a, a));
+    ASSERT_EQ((Matrix(a) += b) -= b * Real(1), (Matrix(a) += b) += b * Real(-1));
+
+    const long double determinant = ra.determinant();
+    ASSERT_NEAR(double(a.det4x4()), double(determinant), bound);
+    ASSERT_NEAR(double(a.det3x3()), double(ra.determinant(8, 8, 3)), bound);
+    ASSERT_LT(ra.adjugate().distance(a.adjoint()), bound);
+    if (std::fabs(determinant) > 0.05)
+    {
+      ASSERT_LT(ra.adjugate().distance(a.inverse(), 1 / determinant), 100 * bound);
+      ASSERT_LT(ra.adjugate().distance(a.fastInverse(), 1 / determinant), 100 * bound);
+      ASSERT_EQ(a.fastInverse() == a.inverse(), determinant < 0); // the other way has other roundings
+    }
+
+    // Rows, columns and components of each class against the matrix of their products.
+    const auto v = random.value<TvectorOf<Real>, 3>();
+    const auto p = random.value<Tpoint3Of<Real>, 3>();
+    const auto q = random.value<Tpoint4Of<Real>, 4>();
+    Matrix rows(v.x(), v.y(), v.z(), 0, p.x(), p.y(), p.z(), 1, q.x(), q.y(), q.z(), q.w(), 0, 0, 0, 0);
+    const Matrix row = rows * a, column = a * rows.transpose();
+    const auto vRow = v * a, vColumn = a * v;
+    auto pRow = p, pColumn = p;
+    auto qRow = q, qColumn = q;
+    pRow *= a;
+    pColumn.premultBy(a);
+    qRow.postmultBy(a);
+    qColumn.premultBy(a);
+    for (unsigned int j = 0; j < 4; ++j)
+    {
+      if (j < 3)
+      {
+        ASSERT_EQ(vRow[j], row[0][j]);
+        ASSERT_EQ(vColumn[j], column[j][0]);
+        ASSERT_EQ(pRow[j], row[1][j]);
+        ASSERT_EQ(pColumn[j], column[j][1]);
+      }
+      ASSERT_EQ(qRow[j], row[2][j]);
+      ASSERT_EQ(qColumn[j], column[j][2]);
+      ASSERT_EQ(qColumn[j], (a * q.toTuple())[j]);
+    }
+    ASSERT_NEAR(v.dot(v.cross(vRow)), 0, bound);
+
+    // Homogenised: row 0 keeps its direction, and the rest is as a rotation is.
+    const Matrix rotation = a.homogenize();
+    TvectorOf<Real> rows3[3];
+    for (unsigned int j = 0; j < 3; ++j)
+      rows3[j].set(rotation[j][0], rotation[j][1], rotation[j][2]);
+    ASSERT_EQ(rows3[0], TvectorOf<Real>(a[0][0], a[0][1], a[0][2]).normal());
+    ASSERT_TRUE((rows3[0] ^ rows3[1]).equivalent(rows3[2], Real(bound)));
+    ASSERT_NEAR(rows3[0].dot(rows3[1]), 0, bound);
+    ASSERT_EQ(std::memcmp(rotation[3], a[3], sizeof(Real[4])), 0);
+    ASSERT_EQ(rotation[1][3], a[1][3]);
+  }
+}
+
+TYPED_TEST(Matrices, invertWhatIsDegenerate)
+{
+  using Real = TypeParam;
+  using Matrix = TmatrixOf<Real>;
+  const Real edge = Real(sizeof(Real) == 8 ? 1e-15 : 1e-5), behind = std::nextafter(edge, Real(1));
+  const Matrix zero = Matrix() * 0, swap(0, 2, 0, 0, 5, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1);
+  struct
+  {
+    Matrix from, inverse;
+  } const cases[] = {
+    {Matrix(), Matrix()},
+    {diagonal<Real>(2, 4, 8, 1), diagonal<Real>(0.5, 0.25, 0.125, 1)},
+    {diagonal<Real>(-1, 1, 1, 1), diagonal<Real>(-1, 1, 1, 1)},
+    {TvectorOf<Real>(1, 2, 3), TvectorOf<Real>(-1, -2, -3)},
+    {zero, Matrix()},
+    {swap, {0, Real(0.2), 0, 0, 0.5, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}},
+    {diagonal<Real>(1, edge, -edge, 1), Matrix()}, // skipped
+    {diagonal<Real>(1, behind, 1, -behind), diagonal<Real>(1, 1 / behind, 1, -1 / behind)},
+    // The last of three equal rows has nothing left to divide by.
+    {{1, 0, 0, 0, 0, 2, 4, 0, 0, 2, 4, 0, 0, 0, 0, 1}, {1, 0, 0, 0, 0, 2.5, -2, 0, 0, -1, 1, 0, 0, 0, 0, 1}},
+  };
+  for (const auto& [from, inverse] : cases)
+  {
+    EXPECT_EQ(from.inverse(), inverse) << from;
+    EXPECT_EQ(from.fastInverse(), inverse) << from;
+  }
+  EXPECT_EQ(diagonal<Real>(2, 2, 2, 1).fastInverse(), diagonal<Real>(0.5, 0.5, 0.5, 1));
+  // The value of 1e-5F is 9.99999975e-6.
+  Random random;
+  for (const double determinant : {1e-7, 9.9999997e-6, 9.9999998e-6, 1.1e-5})
+  {
+    Matrix m = random.matrix<Real>();
+    const Real factor = Real(determinant) / m.det4x4();
+    for (unsigned int i = 0; i < 4; ++i)
+      m[0][i] *= factor;
+    const bool eliminates = sizeof(Real) == 8 && determinant < double(1e-5F);
+    EXPECT_EQ(m.fastInverse(), eliminates ? m.inverse() : m.adjoint() * (1 / m.det4x4())) << determinant;
+    EXPECT_NE(m.inverse(), m.adjoint() * (1 / m.det4x4()));
+  }
+
+  const Matrix scale = diagonal<Real>(2, 1, 1, 1) * Matrix(TvectorOf<Real>(7, 8, 9));
+  EXPECT_EQ((TvectorOf<Real>(1, 1, 1) * scale.convertForNormals()), TvectorOf<Real>(0.5, 1, 1));
+  EXPECT_EQ(scale.convertForNormals()[3][0], 0);
+  EXPECT_EQ(Matrix(2, 0, 0, 1, 1, 3, 0, 2, 0, 0, 5, 3, 4, 5, 6, 7).homogenize(),
+            Matrix(1, 0, 0, 1, 0, 1, 0, 2, 0, 0, 1, 3, 4, 5, 6, 7));
+  EXPECT_TRUE(diagonal<Real>(3, -3, 3, 1).isOrthogonal());
+  EXPECT_FALSE(diagonal<Real>(1, 2, 1, 1).isOrthogonal());
+  EXPECT_FALSE(diagonal<Real>(1, 1, 2, 1).isOrthogonal());
+  for (const auto& [i, j] : {std::pair(0, 1), {1, 2}, {2, 0}})
+  {
+    Matrix m = Matrix::identity * 2;
+    m(short(i), short(j)) = 1;
+    m(short(j), short(i)) = -1;
+    EXPECT_FALSE(m.isOrthogonal()) << m;
+  }
+  EXPECT_TRUE(scale.equivalent(scale, 0));
+  EXPECT_TRUE(Matrix().equivalent(diagonal<Real>(1, 1, 1, 1.5), 0.5));
+  EXPECT_FALSE(Matrix().equivalent(diagonal<Real>(1, 1, 1, 1.5), std::nextafter(Real(0.5), Real(0))));
+  EXPECT_FALSE(Matrix().equivalent(diagonal<Real>(1, 1, 1, std::numeric_limits<Real>::quiet_NaN()), 2));
+}
+
+TEST(Matrix, hasMembersOfOnePrecision)
+{
+  Random random;
+  for (int i = 0; i < 100; ++i)
+  {
+    const T4dDblMatrix a = random.affine<double>(), b = random.affine<double>();
+    T4dDblMatrix dirty = a, product = b;
+    for (unsigned int row = 0; row < 4; ++row)
+      dirty[row][3] = random.number();
+    product.affinePremultBy(dirty);
+    ASSERT_EQ(product, a * b);
+    ASSERT_EQ(dirty.affinePostmultBy(b), product);
+    ASSERT_TRUE(product.isAffine());
+  }
+  T4dDblMatrix m;
+  m[0][3] = 1e-10;
+  EXPECT_TRUE(m.isAffine());
+  m[3][3] = 1 + 1.1e-10;
+  EXPECT_FALSE(m.isAffine());
+  m = T4dDblVector(1, 2, 1 / 3.);
+  T4dFltMatrix narrow(m);
+  EXPECT_EQ(narrow.T4dDblMatrixOf()[3][2], double(1 / 3.F));
+  EXPECT_EQ(narrow.convertItForTangents(), T4dFltMatrix::identity);
+}
+
+TYPED_TEST(Matrices, standOnAStackAndArePrinted)
+{
+  using Matrix = TmatrixOf<TypeParam>;
+  TmatrixStackOf<TypeParam> stack;
+  Matrix m = Matrix::identity * 5;
+  EXPECT_FALSE(stack.pop(m));
+  EXPECT_FALSE(stack.getTop(m));
+  EXPECT_EQ(m, Matrix::identity * 5);
+  for (int i = 1; i <= 9; ++i)
+    EXPECT_EQ(stack.push(Matrix() * TypeParam(i)), 0);
+  for (int i = 9; i >= 1; --i)
+  {
+    EXPECT_TRUE(stack.getTop(m) && m == Matrix() * TypeParam(i));
+    m.setToIdentity();
+    EXPECT_TRUE(stack.pop(m) && m == Matrix() * TypeParam(i) && stack.length() == unsigned(i - 1));
+  }
+
+  std::ostringstream text, expected;
+  TdebugOutput out(text);
+  m[1][2] = TypeParam(0.1);
+  m.debug(out);
+  expected << "4x4 Matrix of doubles [0x" << std::hex << reinterpret_cast<std::uintptr_t>(&m)
+           << "]\n{\n   | 1 0 0 0 |\n   | 0 1 0.1 0 |\n   | 0 0 1 0 |\n   | 0 0 0 1 |\n}\n";
+  EXPECT_EQ(text.str(), expected.str());
+}
+
+// Where the order of operations is given, all platforms compute the same bits.
+TYPED_TEST(Matrices, computeTheSameBitsEverywhere)
+{
+  using Real = TypeParam;
+  Random random;
+  TuInt64 hash = 0;
+  const auto add = [&hash](const auto& value) {
+    unsigned char bytes[sizeof value];
+    std::memcpy(bytes, &value, sizeof value);
+    for (const unsigned char byte : bytes)
+      hash = (hash ^ byte) * 0x100000001B3;
+  };
+  const Real third = Real(1) / 3;
+  const TmatrixOf<Real> m(third, 1, 0, 0, -2, third, 5, 0, 1, 7, third, 0, third, 2, 3, 1);
+  const auto n = TvectorOf<Real>(third, 2, 5).normal();
+  const double results[] = {double(m.inverse()[3][0]), double(m.fastInverse()[3][0]), double(m.det4x4()), double(n.x()),
+                            TvectorOf<Real>(third, 2, 5).length()};
+  const double doubles[] = {-0x1.d0b21642c8591p+2, -0x1.d0b21642c8591p+2, -0x1.7da12f684bdap+2, 0x1.fa1a7bb61d399p-5,
+                            0x1.594f6712ebf0ap+2};
+  const double floats[] = {-0x1.d0b214p+2, -0x1.d0b214p+2, -0x1.7da13p+2, 0x1.fa1a7ep-5, 0x1.594f671394a42p+2};
+  for (int i = 0; i < 5; ++i)
+    EXPECT_EQ(results[i], (sizeof(Real) == 8 ? doubles : floats)[i]) << i << std::hexfloat << ' ' << results[i];
+
+  for (int i = 0; i < 500; ++i)
+  {
+    const TmatrixOf<Real> a = random.matrix<Real>(), b = random.affine<Real>();
+    const auto v = random.value<TvectorOf<Real>, 3>();
+    const auto q = random.value<Tpoint4Of<Real>, 4>();
+    for (const TmatrixOf<Real>& each : {a * b, a.inverse(), b.fastInverse(), a.homogenize(), b.convertForNormals()})
+      add(each);
+    add(q * a - Tpoint4Of<Real>(v, 1) * b);
+    add((v * a).cross(v) / Real(q.distanceTo(Tpoint4Of<Real>())));
+  }
+  EXPECT_EQ(hash, sizeof(Real) == 8 ? 0xd47bc932935e21a8 : 0x78bc0e67568d9a0d) << std::hex << hash;
+}
+
+} // namespace

@@ -1,0 +1,144 @@
+#include "Foundation/Math/PointArrays.h"
+#include "Foundation/Math/TpointStream.h"
+#include "tests/Math/Reference.h"
+
+#include <cstring>
+#include <vector>
+
+namespace {
+
+// Runs a test with every set of instructions that the processor has.
+template <class Test>
+void withEachSet(Test test)
+{
+  for (const auto set : {TpointStream::kSse2, TpointStream::kAvx2, TpointStream::kAvx512})
+  {
+    TpointStream::limit(set);
+    if (TpointStream::instructions() == set)
+      test();
+  }
+  TpointStream::limit(TpointStream::kAvx512);
+}
+
+template <class Value>
+std::vector<Value> valuesOf(Random& random, std::size_t count)
+{
+  const double special[] = {0, -0.0, 1e-12, 1, INFINITY, -INFINITY, NAN, 1e30};
+  std::vector<Value> values(count);
+  for (Value& value : values)
+  {
+    for (unsigned int i = 0; i < sizeof value / sizeof value[0]; ++i)
+    {
+      const double number = random.number();
+      value[i] = decltype(value[0] + value[0])(number > 0.8 ? special[int(number * 1000) % 8] : number);
+    }
+  }
+  return values;
+}
+
+// bulk(from, to, count) against single(value), whole and in place, with a value behind the end that must stay. Bits
+// are compared, but for NaN, whose sign no operation promises.
+template <class Value, class Bulk, class Single>
+void expectSame(Random& random, Bulk bulk, Single single)
+{
+  for (std::size_t count = 0; count < 200; ++count)
+  {
+    const std::vector<Value> from = valuesOf<Value>(random, count + 1);
+    std::vector<Value> to(count + 1, from.back()), inPlace = from;
+    bulk(from.data(), to.data(), count);
+    bulk(inPlace.data(), inPlace.data(), count);
+    for (std::size_t i = 0; i <= count; ++i)
+    {
+      const Value expected = i == count ? from.back() : single(from[i]);
+      for (unsigned int j = 0; j < sizeof expected / sizeof expected[0]; ++j)
+      {
+        for (const auto result : {to[i][j], inPlace[i][j]})
+        {
+          const auto wanted = expected[j];
+          ASSERT_TRUE(std::memcmp(&result, &wanted, sizeof wanted) == 0 || (std::isnan(result) && std::isnan(wanted)))
+            << from[i] << " becomes " << to[i] << ", not " << expected << ", at " << i << " of " << count;
+        }
+      }
+    }
+  }
+}
+
+template <class Real>
+class PointStream : public testing::Test
+{
+};
+TYPED_TEST_SUITE(PointStream, Precisions);
+
+TYPED_TEST(PointStream, doesWhatTheClassesDo)
+{
+  using Real = TypeParam;
+  withEachSet([] {
+    Random random;
+    const TmatrixOf<Real> m = random.matrix<Real>();
+    const auto transform = [&m](const auto* from, auto* to, std::size_t count) {
+      TpointStream::transform(from, to, count, m);
+    };
+    const auto product = [&m](const auto& value) { return value * m; };
+    expectSame<Tpoint3Of<Real>>(random, transform, product);
+    expectSame<Tpoint4Of<Real>>(random, transform, product);
+    expectSame<TvectorOf<Real>>(random, transform, product);
+    expectSame<TvectorOf<Real>>(
+      random, [](const auto* from, auto* to, std::size_t count) { TpointStream::normalize(from, to, count); },
+      [](const auto& v) { return v.normal(); });
+  });
+}
+
+TYPED_TEST(PointStream, findsBounds)
+{
+  using Real = TypeParam;
+  using Point = Tpoint3Of<Real>;
+  withEachSet([] {
+    Random random;
+    for (std::size_t count = 0; count < 200; ++count)
+    {
+      const std::vector<Point> points = valuesOf<Point>(random, count);
+      Point low(1, 2, 3), high(4, 5, 6), least, greatest;
+      bool any = true;
+      for (unsigned int j = 0; j < 3; ++j)
+      {
+        least[j] = INFINITY;
+        greatest[j] = -INFINITY;
+        for (const Point& p : points)
+        {
+          least[j] = std::fmin(least[j], p[j]);
+          greatest[j] = std::fmax(greatest[j], p[j]);
+        }
+        any = any && least[j] <= greatest[j];
+      }
+      ASSERT_EQ(TpointStream::bounds(points.data(), count, low, high), any);
+      ASSERT_EQ(low, any ? least : Point(1, 2, 3)) << count;
+      ASSERT_EQ(high, any ? greatest : Point(4, 5, 6)) << count;
+      for (unsigned int j = 0; j < 3; ++j)
+        ASSERT_FALSE((low[j] == 0 && std::signbit(low[j])) || (high[j] == 0 && std::signbit(high[j])));
+    }
+  });
+}
+
+TEST(PointArrays, arePackedStreams)
+{
+  T3dDblPointArray points{{1, 2, 3}, {4, 5, 6}};
+  points.addLast(points[0]);
+  TpointStream::transform(points.data(), points.data(), points.length(), T4dDblVector(1, 1, 1));
+  EXPECT_EQ(points.last(), T3dDblPoint(2, 3, 4));
+  EXPECT_EQ(points.find(T3dDblPoint(5, 6, 7)), 0);
+  const T4dDblPoint quad[4] = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {0, 1, 2, 3}};
+  TquadPointsArray quads;
+  EXPECT_EQ(quads.addLast(quad), 0);
+  EXPECT_EQ(quads.last()[3], quad[3]);
+  // All bytes of equal elements are equal: there is none between the members.
+  TxformMatrixArray xforms;
+  unsigned char bytes[sizeof(TxformMatrix)];
+  for (const int fill : {0, 255})
+  {
+    std::memset(bytes, fill, sizeof bytes);
+    xforms.addLast(*new (bytes) TxformMatrix());
+  }
+  EXPECT_EQ(std::memcmp(&xforms[0], &xforms[1], sizeof(TxformMatrix)), 0);
+}
+
+} // namespace
