@@ -35,7 +35,9 @@ public:
     TuInt16 fMark = kRegistered; // who left during the passes under way has fSerial, who left earlier any other
     unsigned char fEnabled = 1;
 
+    const void* key() const { return fClient; }
     bool isRegistered() const { return fMark == kRegistered; }
+    bool isCalled() const { return isRegistered() && fEnabled; }
   };
   static_assert(sizeof(Entry) <= 3 * sizeof(void*));
 
@@ -45,7 +47,6 @@ public:
     unsigned int fSorted = 0;
     unsigned int fRegistered = 0; // entries that are not marked
     unsigned int fLeaving = 0;    // entries that left during the passes under way and may come back
-    unsigned int fPasses = 0;     // under way over these clients
 
     const Entry* begin() const { return fEntries.begin(); }
     const Entry* end() const { return fEntries.end(); }
@@ -55,6 +56,8 @@ public:
   {
     Tmetaclass* fType;
     Clients* fClients;
+
+    const void* key() const { return fType; }
   };
 
   struct Registration
@@ -67,14 +70,12 @@ public:
   class Pass
   {
   public:
-    explicit Pass(Table& table, Clients* clients = nullptr)
+    explicit Pass(Table& table, const Clients* clients = nullptr)
       : fTable(&table)
       , fClients(clients)
       , fOuter(table.fPass)
     {
       table.fPass = this;
-      if (clients)
-        ++clients->fPasses;
     }
     Pass(const Pass&) = delete;
     Pass& operator=(const Pass&) = delete;
@@ -83,8 +84,6 @@ public:
       if (!fTable)
         return;
       fTable->fPass = fOuter;
-      if (fClients)
-        --fClients->fPasses;
       if (!fOuter && fTable->fAnyLeft)
         fTable->endPasses();
     }
@@ -92,7 +91,10 @@ public:
     // Whether the server is still there.
     bool goesOn() const { return fTable != nullptr; }
 
-    // Calls a client. Returns goesOn().
+    // The pass knows where things are now.
+    void resume() { fIsDisturbed = false; }
+
+    // Calls a client. Whether all is where it was.
     bool call(const Entry& entry, TclientServer* server, const TserverMsg& msg) const
     {
       try
@@ -104,15 +106,16 @@ public:
         if (!fTable || !fTable->fIsLast)
           throw;
       }
-      return goesOn();
+      return !fIsDisturbed;
     }
 
   private:
     friend class Table;
 
-    Table* fTable; // null when the server is gone
-    Clients* fClients;
+    Table* fTable;           // null when the server is gone
+    const Clients* fClients; // that it is over, or null
     Pass* fOuter;
+    bool fIsDisturbed = false; // the server is gone, or the entries have moved
   };
 
   Table() = default;
@@ -121,11 +124,11 @@ public:
   ~Table();
 
   // The clients of a message class, null if there is nothing of them.
-  Clients* clients(const Tmetaclass* type) const
-  {
-    const Message* message = place(type);
-    return message != fMessages.end() && message->fType == type ? message->fClients : nullptr;
-  }
+  Clients* clients(const Tmetaclass* type) const;
+
+  // The entry of a client: the one that is registered or may come back, else one that is gone and may be taken again;
+  // else null.
+  Entry* find(Clients& clients, const Tclient* client) const;
 
   // The entry of a registered client or null.
   Entry* registered(Clients& clients, const Tclient* client) const
@@ -143,17 +146,20 @@ public:
   // Whether the sorted entries are, and will be, those that a pass beginning now has to call.
   bool isInOrder(Clients& clients)
   {
-    if (clients.fSorted != clients.fEntries.length() && clients.fPasses == 0)
+    if (clients.fSorted != clients.fEntries.length() && !isPassedOver(clients))
       sort(clients);
     return clients.fSorted == clients.fEntries.length() && clients.fLeaving == 0;
   }
 
+  bool isPassedOver(const Clients& clients) const;
+
   // Ends all passes and makes the next one the last.
   void close();
 
+  bool deliverByList(Clients& clients, TclientServer* server, const TserverMsg& msg);
+
   // In order of message classes and clients.
   void listRegistrations(TtypedArray<Registration>& list) const;
-  static void list(const Clients& clients, TtypedArray<Tclient*>& list);
 
   TtypedArray<Message>& messages() { return fMessages; }
 
@@ -165,10 +171,10 @@ private:
 
   bool isGone(const Entry& entry) const { return !entry.isRegistered() && entry.fMark != fSerial; }
 
-  const Message* place(const Tmetaclass* type) const;
   Clients& makeClients(Tmetaclass* type);
-  Entry* find(Clients& clients, const Tclient* client) const;
-  static void append(Clients& clients, const Entry& entry);
+  static unsigned int runEnd(const Clients& clients, unsigned int first);
+  void append(Clients& clients, const Entry& entry);
+  static void list(const Clients& clients, TtypedArray<Tclient*>& list);
   void sort(Clients& clients) const;
   void tidy(const Message& message);
   void endPasses();
@@ -190,16 +196,21 @@ bool comesFirst(const void* left, const void* right)
 template <class Entry>
 bool isBefore(const Entry& left, const Entry& right)
 {
-  return comesFirst(left.fClient, right.fClient);
+  return comesFirst(left.key(), right.key());
 }
 
-// The first entry of a client in a sorted range, or null.
+// The entry of a key in a sorted range, or null.
 template <class Entry>
-Entry* search(Entry* first, Entry* last, const Tclient* client)
+Entry* search(Entry* first, unsigned int count, const void* key)
 {
-  Entry* found = std::lower_bound(
-    first, last, client, [](const Entry& entry, const Tclient* sought) { return comesFirst(entry.fClient, sought); });
-  return found != last && found->fClient == client ? found : nullptr;
+  // Multiplied, since a jump would be guessed wrong half the time.
+  while (count > 1)
+  {
+    const unsigned int half = count / 2;
+    first += half * unsigned(comesFirst(first[half - 1].key(), key));
+    count -= half;
+  }
+  return count != 0 && first->key() == key ? first : nullptr;
 }
 
 } // namespace
@@ -213,11 +224,18 @@ TclientServer::Table::~Table()
   }
 }
 
-const TclientServer::Table::Message* TclientServer::Table::place(const Tmetaclass* type) const
+inline TclientServer::Table::Clients* TclientServer::Table::clients(const Tmetaclass* type) const
 {
-  return std::lower_bound(
-    fMessages.begin(), fMessages.end(), type,
-    [](const Message& message, const Tmetaclass* sought) { return comesFirst(message.fType, sought); });
+  const Message* message = search(fMessages.data(), fMessages.length(), type);
+  return message ? message->fClients : nullptr;
+}
+
+bool TclientServer::Table::isPassedOver(const Clients& clients) const
+{
+  const Pass* pass = fPass;
+  while (pass && pass->fClients != &clients)
+    pass = pass->fOuter;
+  return pass;
 }
 
 TclientServer::Table::Clients& TclientServer::Table::makeClients(Tmetaclass* type)
@@ -226,32 +244,41 @@ TclientServer::Table::Clients& TclientServer::Table::makeClients(Tmetaclass* typ
     return *there;
   fMessages.buffer(1);
   Clients* const made = makeNew<Clients>();
-  fMessages.insert({type, made}, unsigned(place(type) - fMessages.begin()));
+  const Message message{type, made};
+  fMessages.insert(message, unsigned(std::lower_bound(fMessages.begin(), fMessages.end(), message, isBefore<Message>) -
+                                     fMessages.begin()));
   return *made;
 }
 
-// The entry of a client: the one that is registered or may come back, else one that is gone and may be taken again.
+// Where the run ends that begins at an index. The sorted entries count as one.
+unsigned int TclientServer::Table::runEnd(const Clients& clients, unsigned int first)
+{
+  const unsigned int rest = clients.fEntries.length() - first;
+  if (first < clients.fSorted)
+    return clients.fSorted;
+  return first + (rest < kRun ? rest : kRun * std::bit_floor(rest / kRun));
+}
+
 TclientServer::Table::Entry* TclientServer::Table::find(Clients& clients, const Tclient* client) const
 {
-  Entry* const entries = clients.fEntries.data();
-  Entry* const sorted = search(entries, entries + clients.fSorted, client);
-  if (sorted && !isGone(*sorted))
-    return sorted;
-  Entry* run = entries + clients.fSorted;
-  for (unsigned int rest = clients.fEntries.length() - clients.fSorted; rest != 0;)
+  Entry* gone = nullptr;
+  for (unsigned int first = 0, last = 0; first != clients.fEntries.length(); first = last)
   {
-    const unsigned int length = rest < kRun ? rest : kRun * std::bit_floor(rest / kRun);
-    if (Entry* const found = search(run, run + length, client))
+    last = runEnd(clients, first);
+    Entry* const found = search(clients.fEntries.data() + first, last - first, client);
+    if (found && (first >= clients.fSorted || !isGone(*found)))
       return found;
-    run += length;
-    rest -= length;
+    gone = found ? found : gone;
   }
-  return clients.fPasses == 0 ? sorted : nullptr; // a pass would take it for one that was there when it began
+  return gone && !isPassedOver(clients) ? gone : nullptr; // a pass would take it for one that was there at its start
 }
 
 void TclientServer::Table::append(Clients& clients, const Entry& entry)
 {
+  const Entry* const before = clients.fEntries.data();
   clients.fEntries.addLast(entry);
+  for (Pass* pass = clients.fEntries.data() != before ? fPass : nullptr; pass; pass = pass->fOuter)
+    pass->fIsDisturbed = true;
   const unsigned int count = clients.fEntries.length() - clients.fSorted;
   Entry* const end = clients.fEntries.end();
   Entry* const run = end - (count - 1) % kRun - 1;
@@ -265,14 +292,26 @@ void TclientServer::Table::append(Clients& clients, const Entry& entry)
 // Drops who is gone and brings the others in order. There must be no pass over them.
 void TclientServer::Table::sort(Clients& clients) const
 {
-  Entry* const first = clients.fEntries.begin();
-  Entry* last = clients.fEntries.end();
-  const auto gone = [this](const Entry& entry) { return isGone(entry); };
-  Entry* const middle = first + clients.fSorted - std::count_if(first, first + clients.fSorted, gone);
-  last = std::remove_if(first, last, gone);
-  std::sort(middle, last, isBefore<Entry>);
-  std::inplace_merge(first, middle, last, isBefore<Entry>);
-  clients.fEntries.removeLast(unsigned(clients.fEntries.end() - last));
+  Entry* const entries = clients.fEntries.data();
+  Entry* runs[32];
+  unsigned int count = 0;
+  Entry* end = entries;
+  for (unsigned int first = 0, last = 0; first != clients.fEntries.length(); first = last)
+  {
+    last = runEnd(clients, first);
+    runs[count++] = end;
+    for (const Entry* entry = entries + first; entry != entries + last; ++entry)
+    {
+      if (!isGone(*entry))
+        *end++ = *entry;
+    }
+  }
+  while (count > 1) // the short ones first
+  {
+    --count;
+    std::inplace_merge(runs[count - 1], runs[count], end, isBefore<Entry>);
+  }
+  clients.fEntries.removeLast(unsigned(clients.fEntries.end() - end));
   clients.fSorted = clients.fEntries.length();
 }
 
@@ -298,13 +337,11 @@ bool TclientServer::Table::add(Tmetaclass* type, Tclient* client, Callback callb
 
 bool TclientServer::Table::remove(Tmetaclass* type, const Tclient* client)
 {
-  const Message* message = place(type);
-  if (message == fMessages.end() || message->fType != type)
-    return false;
-  Clients& clients = *message->fClients;
-  Entry* const entry = registered(clients, client);
+  const Message* message = search(fMessages.data(), fMessages.length(), type);
+  Entry* const entry = message ? registered(*message->fClients, client) : nullptr;
   if (!entry)
     return false;
+  Clients& clients = *message->fClients;
   --clients.fRegistered;
   --fsTotalClients;
   if (fPass)
@@ -350,12 +387,30 @@ void TclientServer::Table::endPasses()
     fSerial = kFirstSerial;
 }
 
+// A pass over who is registered now, whatever is moved meanwhile. Whether the server is still there.
+bool TclientServer::Table::deliverByList(Clients& clients, TclientServer* server, const TserverMsg& msg)
+{
+  TtypedArray<Tclient*> due;
+  list(clients, due);
+  const Pass pass(*this, &clients);
+  for (Tclient* client : due)
+  {
+    const Entry* const entry = find(clients, client);
+    if (entry && entry->isCalled())
+      pass.call(*entry, server, msg);
+    if (!pass.goesOn())
+      return false;
+  }
+  return true;
+}
+
 void TclientServer::Table::close()
 {
   for (; fPass; fPass = fPass->fOuter)
+  {
     fPass->fTable = nullptr;
-  for (const Message& message : fMessages)
-    message.fClients->fPasses = 0;
+    fPass->fIsDisturbed = true;
+  }
   endPasses();
   fIsLast = true;
 }
@@ -402,27 +457,18 @@ bool TclientServer::deliver(const TserverMsg& msg)
   Table::Clients* const clients = fTable->clients(msg.typeof());
   if (!clients)
     return true;
-  if (fTable->isInOrder(*clients))
+  if (!fTable->isInOrder(*clients))
+    return fTable->deliverByList(*clients, this, msg);
+  Table::Pass pass(*fTable, clients);
+  const Table::Entry* entry = clients->begin();
+  for (unsigned int left = clients->fSorted; left != 0; --left, ++entry)
   {
-    const Table::Pass pass(*fTable, clients);
-    for (unsigned int i = 0; i < clients->fSorted; ++i)
-    {
-      const Table::Entry& entry = clients->fEntries[i];
-      if (entry.isRegistered() && entry.fEnabled && !pass.call(entry, this, msg))
-        return false;
-    }
-  }
-  else
-  {
-    TtypedArray<Tclient*> list;
-    Table::list(*clients, list);
-    const Table::Pass pass(*fTable, clients);
-    for (Tclient* client : list)
-    {
-      const Table::Entry* entry = fTable->registered(*clients, client);
-      if (entry && entry->fEnabled && !pass.call(*entry, this, msg))
-        return false;
-    }
+    if (!entry->isCalled() || pass.call(*entry, this, msg))
+      continue;
+    if (!pass.goesOn())
+      return false;
+    entry = clients->begin() + (clients->fSorted - left);
+    pass.resume();
   }
   return true;
 }
@@ -432,7 +478,7 @@ void TclientServer::notifyClient(Tclient* client, const TserverMsg& msg)
   if (g_bClosing || !acceptsMessage(client, msg.typeof()))
     return;
   const Table::Pass pass(*fTable);
-  pass.call(*fTable->registered(*fTable->clients(msg.typeof()), client), this, msg);
+  pass.call(*fTable->find(*fTable->clients(msg.typeof()), client), this, msg);
 }
 
 void TclientServer::addClientHook(Tclient*, Tmetaclass*) {}
@@ -563,8 +609,8 @@ unsigned char TclientServer::hasClient(const Tclient* client, Tmetaclass* msg) c
 unsigned char TclientServer::acceptsMessage(Tclient* client, Tmetaclass* msg) const noexcept
 {
   Table::Clients* const clients = fTable && fClientNotify && client ? fTable->clients(msg) : nullptr;
-  const Table::Entry* entry = clients ? fTable->registered(*clients, client) : nullptr;
-  return entry && entry->fEnabled;
+  const Table::Entry* entry = clients ? fTable->find(*clients, client) : nullptr;
+  return entry && entry->isCalled();
 }
 
 unsigned char TclientServer::setClientNotify(unsigned char on) noexcept
