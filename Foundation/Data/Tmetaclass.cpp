@@ -1,26 +1,165 @@
 #include "Foundation/Data/Tmetaclass.h"
 
+#include "Foundation/Container/PtrArrays.h"
+#include "Foundation/Container/ThashTable.h"
+#include "Foundation/Data/TtypeDictionary.h"
+#include "Foundation/Debug/TdebugOutput.h"
+#include "Foundation/Debug/Texception.h"
+
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <iostream>
+#include <memory>
+#include <string_view>
+
+// All records in order of registration, and where to find them by name and tag.
+class TmetaclassRegistry
+{
+public:
+  struct Entry : ThashTableEntry
+  {
+    Tmetaclass* fRecord;
+    TuInt32 fOrder; // of registration
+  };
+  struct Listing : Entry // by name
+  {
+    Entry fTag;
+  };
+
+  // Made at the first use and never destroyed: modules come and go around it.
+  static TmetaclassRegistry& get()
+  {
+    static TmetaclassRegistry* registry = new TmetaclassRegistry;
+    return *registry;
+  }
+
+  const TtypeidArray& records() const noexcept { return fRecords; }
+
+  void add(Tmetaclass* record)
+  {
+    std::unique_ptr<Listing> listing(new Listing{{{}, record, fCount}, {{}, record, fCount}});
+    fRecords.addLast(record);
+    ++fCount;
+    list(listing.release());
+  }
+
+  void remove(Tmetaclass* record)
+  {
+    fRecords.remove(record);
+    delete unlist(record);
+  }
+
+  // Around a change of a record's name or tag; null when the record is not in the registry.
+  void list(Listing* listing) noexcept
+  {
+    fNames.insert(listing, hashOf(listing->fRecord->fName));
+    if (const TuInt32 tag = listing->fRecord->fTag.value())
+      fTags.insert(&listing->fTag, tag);
+  }
+
+  Listing* unlist(Tmetaclass* record) noexcept
+  {
+    Listing* listing = static_cast<Listing*>(fNames.remove(record, hashOf(record->fName)));
+    if (listing && record->fTag.value() != 0)
+      fTags.remove(record, record->fTag.value());
+    return listing;
+  }
+
+  template <class Condition>
+  Tmetaclass* findName(const char* name, Condition condition) const
+  {
+    return fNames.find(hashOf(name), [=](Tmetaclass* record) { return record->isexactlya(name) && condition(record); });
+  }
+
+  Tmetaclass* findTag(TiffTag tag) const
+  {
+    if (tag.value() != 0)
+      return fTags.find(tag.value(), [tag](Tmetaclass* record) { return record->fTag == tag; });
+    // Most classes have no tag: the first of them is never far, and they are in no table.
+    const auto found =
+      std::find_if(fRecords.begin(), fRecords.end(), [](Tmetaclass* record) { return record->fTag.value() == 0; });
+    return found != fRecords.end() ? *found : nullptr;
+  }
+
+private:
+  class Table : public ThashTable
+  {
+  public:
+    Table()
+      : ThashTable(256, 0x80000000U)
+    {
+    }
+
+    void insert(Entry* entry, TuInt32 hash) noexcept { insertWithHash(entry, hash); }
+
+    Entry* remove(Tmetaclass* record, TuInt32 hash) noexcept
+    {
+      Entry* entry = findEntry<Entry>(hash, [record](const Entry& candidate) { return candidate.fRecord == record; });
+      if (entry)
+        unlinkEntry(entry);
+      return entry;
+    }
+
+    // The matching record that was registered first.
+    template <class Matches>
+    Tmetaclass* find(TuInt32 hash, Matches matches) const
+    {
+      const Entry* first = nullptr;
+      findEntry<Entry>(hash, [&](const Entry& entry) {
+        if ((!first || entry.fOrder < first->fOrder) && matches(entry.fRecord))
+          first = &entry;
+        return false;
+      });
+      return first ? first->fRecord : nullptr;
+    }
+  };
+
+  static TuInt32 hashOf(const char* name) { return TuInt32(std::hash<std::string_view>()(name)); }
+
+  TtypeidArray fRecords{64};
+  TuInt32 fCount = 0; // of all records that ever were
+  Table fNames;
+  Table fTags;
+};
 
 namespace {
 
-// All records in order of registration. Zero before any code runs, never destroyed: modules come and go around it.
-struct Registry
-{
-  Tmetaclass** records;
-  std::size_t count;
-  std::size_t capacity;
-  TuInt32 nextId;
-} gRegistry;
+TuInt32 gNoAncestors = 1; // the table of a record without parents: the lower bound is above the upper one
 
-template <class Condition>
-Tmetaclass* findRecord(Condition condition)
+// All ancestors, each once, however many ways lead to it.
+void addAncestors(const Tmetaclass& record, TtypeidArray& ancestors)
 {
-  Tmetaclass** end = gRegistry.records + gRegistry.count;
-  Tmetaclass** found = std::find_if(gRegistry.records, end, condition);
-  return found != end ? *found : nullptr;
+  const auto addParents = [&](const Tmetaclass& child) {
+    for (unsigned int i = 0; i < child.superCount(); ++i)
+    {
+      if (ancestors.find(child.super(i)) != 0)
+        ancestors.addLast(child.super(i));
+    }
+  };
+  addParents(record);
+  for (unsigned int i = 0; i < ancestors.length(); ++i)
+    addParents(*ancestors[i]);
+}
+
+// Calls `call` with every record that names `parent` among its parents, in order of registration.
+template <class Call>
+void forChildren(const Tmetaclass* parent, Call call)
+{
+  const TtypeidArray& records = TmetaclassRegistry::get().records();
+  for (unsigned int at = 0; at < records.length(); ++at)
+  {
+    for (unsigned int i = 0; i < records[at]->superCount(); ++i)
+    {
+      if (records[at]->super(i) == parent)
+      {
+        call(records[at]);
+        break;
+      }
+    }
+  }
 }
 
 } // namespace
@@ -31,7 +170,7 @@ Tmetaclass::Tmetaclass(Tmetaclass**, const char* name, unsigned int size, Creato
                        unsigned char, Tmetaclass** parent1, Tmetaclass** parent2, Tmetaclass** parent3,
                        Tmetaclass** parent4) noexcept
   : fParents{parent1, parent2, parent3, parent4}
-  , fName(name)
+  , fName(name ? name : "")
   , fTag(tag)
   , fCreator(creator)
   , fSize(TuInt16(size))
@@ -50,53 +189,68 @@ Tmetaclass::Tmetaclass(Tmetaclass** own, const char* name, unsigned int size, Tc
 }
 
 Tmetaclass::Tmetaclass(const Tmetaclass& other) noexcept
+  : fName("")
 {
   *this = other;
 }
 
 Tmetaclass& Tmetaclass::operator=(const Tmetaclass& other) noexcept
 {
-  if (this != &other)
+  if (this == &other)
+    return *this;
+  TmetaclassRegistry::Listing* listing = TmetaclassRegistry::get().unlist(this);
+  freeTable();
+  std::copy(other.fParents, other.fParents + 4, fParents);
+  fName = other.fName;
+  fTag = other.fTag;
+  fCreator = other.fCreator;
+  fCreatorObject = other.fCreatorObject;
+  fSize = other.fSize;
+  fTypeId = other.fTypeId;
+  fParentCount = other.fParentCount;
+  if (other.fTable && other.fParentCount > 0)
   {
-    std::free(fTable);
-    fTable = nullptr; // built anew when it is needed
-    std::copy(other.fParents, other.fParents + 4, fParents);
-    fName = other.fName;
-    fTag = other.fTag;
-    fCreator = other.fCreator;
-    fCreatorObject = other.fCreatorObject;
-    fSize = other.fSize;
-    fTypeId = other.fTypeId;
-    fParentCount = other.fParentCount;
+    // Without memory it is built anew when it is needed.
+    const std::size_t size = getTableSize(other.fTable[0]) * sizeof(TuInt32);
+    fTable = static_cast<TuInt32*>(std::malloc(size));
+    if (fTable)
+      std::memcpy(fTable, other.fTable, size);
   }
+  if (listing)
+    TmetaclassRegistry::get().list(listing);
   return *this;
 }
 
 Tmetaclass::~Tmetaclass()
 {
-  Tmetaclass** end = gRegistry.records + gRegistry.count;
-  Tmetaclass** found = std::find(gRegistry.records, end, this);
-  if (found != end)
-  {
-    std::copy(found + 1, end, found);
-    --gRegistry.count;
-  }
-  std::free(fTable);
+  TmetaclassRegistry::get().remove(this);
+  freeTable();
+}
+
+void Tmetaclass::freeTable() const noexcept
+{
+  if (fTable != &gNoAncestors)
+    std::free(fTable);
+  fTable = nullptr;
 }
 
 void Tmetaclass::registerClass() noexcept
 {
-  fTypeId = TuInt16(gRegistry.nextId++);
-  if (gRegistry.count == gRegistry.capacity)
+  static TuInt32 nextId = 0;
+  fTypeId = TuInt16(std::min<TuInt32>(nextId, kLastId));
+  if (nextId > kLastId)
   {
-    const std::size_t capacity = gRegistry.capacity ? 2 * gRegistry.capacity : 128;
-    void* grown = std::realloc(static_cast<void*>(gRegistry.records), capacity * sizeof(void*));
-    if (!grown)
-      return;
-    gRegistry.records = static_cast<Tmetaclass**>(grown);
-    gRegistry.capacity = capacity;
+    std::fprintf(stderr, "Foundation: no type id is left for class %s\n", fName);
+    return;
   }
-  gRegistry.records[gRegistry.count++] = this;
+  ++nextId;
+  try
+  {
+    TmetaclassRegistry::get().add(this);
+  }
+  catch (const TmemoryException&)
+  {
+  }
 }
 
 unsigned int Tmetaclass::extraSize() const noexcept
@@ -112,53 +266,51 @@ Tmetaclass* Tmetaclass::super(unsigned int i) const noexcept
   return i < fParentCount ? *fParents[i] : nullptr;
 }
 
-bool Tmetaclass::istype(const Tmetaclass* type) const noexcept
+bool Tmetaclass::istypeWithoutTable(const Tmetaclass* type) const noexcept
 {
   if (fParentCount == 0)
-    return false;
-  if (!fTable)
-    buildTable();
-  if (!fTable) // no memory: ask the parents
-    return std::any_of(fParents, fParents + fParentCount, [type](Tmetaclass** parent) { return (*parent)->isa(type); });
-  const TuInt16 id = type->fTypeId;
-  if (id < lower() || id > upper())
-    return false;
-  const unsigned int bit = unsigned(id) - lower();
-  return fTable[1 + bit / 32] >> bit % 32 & 1;
-}
-
-void Tmetaclass::buildTable() const noexcept
-{
-  TuInt16 lowest = super(0)->fTypeId;
-  TuInt16 highest = lowest;
-  getTableSize(lowest, highest);
-  const unsigned int words = (unsigned(highest) - lowest + 32) / 32 + 1;
-  TuInt32* table = static_cast<TuInt32*>(std::calloc(words, sizeof(TuInt32)));
-  if (!table)
-    return;
-  setBounds(table, lowest, highest);
-  fillTable(table);
-  fTable = table;
-}
-
-// Widens the bounds to the ids of all ancestors.
-void Tmetaclass::getTableSize(TuInt16& lowest, TuInt16& highest) const noexcept
-{
-  for (unsigned int i = 0; i < fParentCount; ++i)
   {
-    lowest = std::min(lowest, super(i)->fTypeId);
-    highest = std::max(highest, super(i)->fTypeId);
-    super(i)->getTableSize(lowest, highest);
+    fTable = &gNoAncestors;
+    return false;
+  }
+  try
+  {
+    buildTable();
+    return istype(type);
+  }
+  catch (const TmemoryException&)
+  {
+    return derivesFrom(type);
   }
 }
 
-void Tmetaclass::fillTable(TuInt32* table) const noexcept
+bool Tmetaclass::derivesFrom(const Tmetaclass* type) const noexcept
 {
-  for (unsigned int i = 0; i < fParentCount; ++i)
+  return std::any_of(fParents, fParents + fParentCount,
+                     [type](Tmetaclass** parent) { return *parent == type || (*parent)->derivesFrom(type); });
+}
+
+void Tmetaclass::buildTable() const
+{
+  TtypeidArray ancestors(16);
+  addAncestors(*this, ancestors);
+  const auto [lowest, highest] =
+    std::minmax_element(ancestors.begin(), ancestors.end(),
+                        [](const Tmetaclass* left, const Tmetaclass* right) { return left->fTypeId < right->fTypeId; });
+  const TuInt32 bounds = setBounds((*lowest)->fTypeId, (*highest)->fTypeId);
+  fTable = static_cast<TuInt32*>(std::calloc(getTableSize(bounds), sizeof(TuInt32)));
+  if (!fTable)
+    throw TmemoryException();
+  fTable[0] = bounds;
+  fillTable(ancestors);
+}
+
+void Tmetaclass::fillTable(const TtypeidArray& ancestors) const noexcept
+{
+  for (const Tmetaclass* ancestor : ancestors)
   {
-    const unsigned int bit = unsigned(super(i)->fTypeId) - (table[0] & 0xFFFF);
-    table[1 + bit / 32] |= TuInt32(1) << bit % 32;
-    super(i)->fillTable(table);
+    const unsigned int bit = unsigned(ancestor->fTypeId) - lower();
+    fTable[1 + bit / 32] |= TuInt32(1) << bit % 32;
   }
 }
 
@@ -171,7 +323,17 @@ bool Tmetaclass::isa(const char* name) const noexcept
 {
   if (isexactlya(name))
     return true;
-  return std::any_of(fParents, fParents + fParentCount, [name](Tmetaclass** parent) { return (*parent)->isa(name); });
+  try
+  {
+    TtypeidArray ancestors(16);
+    addAncestors(*this, ancestors);
+    return std::any_of(ancestors.begin(), ancestors.end(),
+                       [name](const Tmetaclass* ancestor) { return ancestor->isexactlya(name); });
+  }
+  catch (const TmemoryException&)
+  {
+    return std::any_of(fParents, fParents + fParentCount, [name](Tmetaclass** parent) { return (*parent)->isa(name); });
+  }
 }
 
 void Tmetaclass::setCreator(TconstructorClass* creator) noexcept
@@ -189,10 +351,75 @@ void* Tmetaclass::construct(Tmetaclass* requested) const
 
 Tmetaclass* Tmetaclass::findClass(const char* name) noexcept
 {
-  return findRecord([name](const Tmetaclass* record) { return record->isexactlya(name); });
+  return name ? TmetaclassRegistry::get().findName(name, [](const Tmetaclass*) { return true; }) : nullptr;
 }
 
 Tmetaclass* Tmetaclass::findClass(const char* name, const Tmetaclass* base) noexcept
 {
-  return findRecord([name, base](const Tmetaclass* record) { return record->isexactlya(name) && record->isa(base); });
+  return name ? TmetaclassRegistry::get().findName(name, [base](const Tmetaclass* record) { return record->isa(base); })
+              : nullptr;
+}
+
+Tmetaclass* Tmetaclass::findClass(TiffTag tag) noexcept
+{
+  return TmetaclassRegistry::get().findTag(tag);
+}
+
+void Tmetaclass::getDerivedClasses(Tmetaclass* base, TtypeidArray& out)
+{
+  if (!base)
+    return;
+  out.insert(base, 0);
+  forChildren(base, [&out](Tmetaclass* child) { getDerivedClasses(child, out); });
+}
+
+TtypeDictionary* Tmetaclass::generateDictionaryFor(Tmetaclass* base)
+{
+  std::unique_ptr<TtypeDictionary> dictionary(new TtypeDictionary);
+  if (base)
+  {
+    for (Tmetaclass* record : TmetaclassRegistry::get().records())
+    {
+      if (record->isa(base))
+        dictionary->insert(record->fName, record);
+    }
+  }
+  return dictionary.release();
+}
+
+void Tmetaclass::dumpAllClasses()
+{
+  for (Tmetaclass* record : TmetaclassRegistry::get().records())
+  {
+    if (record->fParentCount == 0)
+      dumpAllClassesDerivedFrom(record, 0);
+  }
+}
+
+void Tmetaclass::dumpAllClassesDerivedFrom(Tmetaclass* base, int depth)
+{
+  if (!base)
+    return;
+  for (int i = 0; i < depth; ++i)
+    std::cout << ". ";
+  std::cout << base->fName << ":  +" << base->extraSize() << " = " << base->fSize
+            << (base->isAbstract() ? "    (abstract)\n" : "\n");
+  forChildren(base, [depth](Tmetaclass* child) { dumpAllClassesDerivedFrom(child, depth + 1); });
+}
+
+void Tmetaclass::debug(TdebugOutput& out, unsigned int level) const
+{
+  out.print("Tmetaclass %s: id %u, tag %s, %u bytes, %s\n", fName, fTypeId, fTag.valueTchar().asC(), fSize,
+            isAbstract() ? "abstract" : "can be made");
+  if (level == 0 || fParentCount == 0)
+    return;
+  out.setIndent(1);
+  for (unsigned int i = 0; i < fParentCount; ++i)
+    super(i)->debug(out, level);
+  out.setIndent(-1);
+}
+
+void Tmetaclass::debugMe(const Tmetaclass& record, unsigned int level)
+{
+  record.debug(TdebugOutput::sCerr(), level);
 }

@@ -3,17 +3,21 @@
 ///
 /// Each typed class has one static record: its name, size, base classes, chunk tag and creator. Records register
 /// themselves when their module is loaded and go with it. Ask an object for its record with typeof(), a record for its
-/// kin with isa(), the registry for a record by name with findClass(). isa() by record costs a test of a bit, by name a
-/// walk up the base classes, findClass() a walk over all records.
+/// kin with isa(), the registry for a record by name or chunk tag with findClass(). isa() by record costs a test of a
+/// bit, by name a walk up the base classes; findClass() a look-up in a hash table.
 
 #pragma once
 
+#include "Foundation/Iff/TiffTag.h"
 #include "Foundation/Platform/Export.h"
 #include "Foundation/Platform/Types.h"
 
 #include <cstddef>
 
+class TdebugOutput;
 class Tmetaclass;
+class TtypeDictionary;
+class TtypeidArray;
 
 /// Makes objects for a record whose class needs more than a function.
 class FOUNDATION_API TconstructorClass
@@ -32,6 +36,10 @@ protected:
 
 /// The type record of one class.
 ///
+/// What one class is, an object tells by three members that every typed class has: `typeof()`, its record;
+/// `cast(type)`, the object as its part of that class, null when it has none; and the static `construct(type)`, a new
+/// object of a class that is this one or derives from it, null for others.
+///
 /// \code
 ///   // In the header:            static Tmetaclass* fTypeid;
 ///   // In the source:
@@ -49,9 +57,10 @@ class FOUNDATION_API Tmetaclass
 public:
   using Creator = void* (*)(Tmetaclass* requested);
 
-  /// Registers the record and gives it the next type id. \p own, for the reader of the source, and \p fresh are not
-  /// used. \p tag is 0 for a class that no chunk stands for. Without memory for the registry's table, findClass() does
-  /// not know the record.
+  /// Registers the record and gives it the next type id; ids are not used again. \p own, for the reader of the source,
+  /// and \p fresh are not used. \p tag is 0 for a class that no chunk stands for. The registry takes 65,536 records in
+  /// the life of a process; the next one is reported on standard error and is known to its kin but not to the registry,
+  /// like one that there is no memory for.
   Tmetaclass(Tmetaclass** own, const char* name, unsigned int size, Creator creator, unsigned int tag,
              unsigned char fresh, Tmetaclass** parent1 = nullptr, Tmetaclass** parent2 = nullptr,
              Tmetaclass** parent3 = nullptr, Tmetaclass** parent4 = nullptr) noexcept;
@@ -65,7 +74,8 @@ public:
   {
   }
 
-  /// A copy says the same, with the same id, but the registry does not know it.
+  /// A copy says the same, with the same id and what the original found out of its parents, but the registry does not
+  /// know it.
   Tmetaclass(const Tmetaclass& other) noexcept;
   Tmetaclass& operator=(const Tmetaclass& other) noexcept;
 
@@ -73,7 +83,7 @@ public:
   ~Tmetaclass();
 
   const char* name() const noexcept { return fName; }
-  TuInt32 tag() const noexcept { return fTag; }
+  TiffTag tag() const noexcept { return fTag; }
 
   /// Bytes of an object, as the record was told.
   unsigned int size() const noexcept { return fSize; }
@@ -87,7 +97,7 @@ public:
 
   /// Whether the class is \p type or derives from it. Nothing is a null type. A record that gets an ancestor after its
   /// first question does not notice.
-  bool isa(const Tmetaclass* type) const noexcept { return type && (type == this || istype(type)); }
+  bool isa(const Tmetaclass* type) const noexcept { return type == this ? true : type && istype(type); }
   bool isnota(const Tmetaclass* type) const noexcept { return !isa(type); }
   bool isexactlya(const Tmetaclass* type) const noexcept { return type == this; }
   bool isnotexactlya(const Tmetaclass* type) const noexcept { return type != this; }
@@ -112,25 +122,70 @@ public:
   static Tmetaclass* findClass(const char* name) noexcept;
   static Tmetaclass* findClass(const char* name, const Tmetaclass* base) noexcept;
 
+  /// The record registered first with the tag; null without one. Tag 0 finds the first class that no chunk stands for.
+  static Tmetaclass* findClass(TiffTag tag) noexcept;
+
+  /// Puts what derives from \p base, and then \p base itself, before the elements of \p out. Whatever stands behind a
+  /// class in \p out was registered before it or is nearer to \p base; a class that derives on two ways is listed
+  /// twice. Null for \p base adds nothing. Throws TmemoryException, \p out then holds a part.
+  static void getDerivedClasses(Tmetaclass* base, TtypeidArray& out);
+
+  /// A new dictionary, the caller's, of the records that are \p base or derive from it; empty when \p base is null.
+  /// Throws TmemoryException.
+  static TtypeDictionary* generateDictionaryFor(Tmetaclass* base);
+
+  /// Prints the tree of classes on standard output, the record's own size before its whole size:
+  /// \code
+  ///   TserverMsg:  +4 = 4    (abstract)
+  ///   . TserverModifiedMsg:  +0 = 4
+  /// \endcode
+  static void dumpAllClasses();
+
+  /// The same of what derives from \p base, \p depth levels deep. Null prints nothing.
+  static void dumpAllClassesDerivedFrom(Tmetaclass* base, int depth);
+
+  /// Prints name, id, tag, size and whether there is a creator on a line, from \p level 1 on all ancestors below it.
+  void debug(TdebugOutput& out, unsigned int level) const;
+
+  /// The same on standard error.
+  static void debugMe(const Tmetaclass& record, unsigned int level);
+
 private:
+  friend class TmetaclassRegistry;
+  static constexpr TuInt16 kLastId = 0xFFFF; // also that of every record which the registry refused
+
   void registerClass() noexcept;
-  bool istype(const Tmetaclass* type) const noexcept;
-  void buildTable() const noexcept;
-  void getTableSize(TuInt16& lowest, TuInt16& highest) const noexcept;
-  void fillTable(TuInt32* table) const noexcept;
+
+  bool istype(const Tmetaclass* type) const noexcept
+  {
+    if (!fTable)
+      return istypeWithoutTable(type);
+    const TuInt16 id = type->fTypeId;
+    if (id < lower() || id > upper())
+      return false;
+    const unsigned int bit = unsigned(id) - lower();
+    return (fTable[1 + bit / 32] >> bit % 32 & 1) && (id != kLastId || derivesFrom(type));
+  }
+  bool istypeWithoutTable(const Tmetaclass* type) const noexcept;
+  bool derivesFrom(const Tmetaclass* type) const noexcept;
+
+  void buildTable() const;
+  void freeTable() const noexcept;
+  static unsigned int getTableSize(TuInt32 bounds) noexcept
+  {
+    return ((bounds >> 16) - (bounds & 0xFFFF) + 32) / 32 + 1;
+  }
+  void fillTable(const TtypeidArray& ancestors) const noexcept;
 
   // The bounds of a built table
   TuInt16 lower() const noexcept { return TuInt16(fTable[0] & 0xFFFF); }
   TuInt16 upper() const noexcept { return TuInt16(fTable[0] >> 16); }
-  static void setBounds(TuInt32* table, TuInt16 lowest, TuInt16 highest) noexcept
-  {
-    table[0] = TuInt32(highest) << 16 | lowest;
-  }
+  static TuInt32 setBounds(TuInt16 lowest, TuInt16 highest) noexcept { return TuInt32(highest) << 16 | lowest; }
 
   mutable TuInt32* fTable = nullptr; // word 0 the bounds of the ancestors' ids, then a bit for each id between them
   Tmetaclass** fParents[4];
   const char* fName;
-  TuInt32 fTag;
+  TiffTag fTag;
   Creator fCreator = nullptr;
   TconstructorClass* fCreatorObject = nullptr; // one of the two at most
   TuInt16 fSize;

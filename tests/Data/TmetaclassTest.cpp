@@ -1,4 +1,7 @@
 #include "Foundation/Data/Tmetaclass.h"
+#include "Foundation/Container/PtrArrays.h"
+#include "Foundation/Data/TargType.h"
+#include "Foundation/Data/TtypeDictionary.h"
 #include "tests/FailingMemory.h"
 
 #include <gtest/gtest.h>
@@ -59,6 +62,107 @@ TEST(Tmetaclass, KnowsItsKin)
   EXPECT_TRUE(copy.isa(lattice.shape.get()));
   copy = lattice.spot;
   EXPECT_TRUE(copy.isa(&lattice.lamp) && !copy.isa(lattice.shape.get()));
+}
+
+std::string names(const TtypeidArray& records)
+{
+  std::string all;
+  for (const Tmetaclass* record : records)
+    all += std::string(record->name()) + ' ';
+  return all;
+}
+
+TEST(Tmetaclass, FindsTheFirstOfEqualRecords)
+{
+  constexpr TiffTag tag("tst1");
+  auto first = std::make_unique<Tmetaclass>(nullptr, "twice", 1, nullptr, tag.value(), 0);
+  Tmetaclass second(nullptr, "twice", 2, nullptr, tag.value(), 0);
+  Tmetaclass* parent = &second;
+  const std::list<Tmetaclass> many(1000, second); // copies are in no table
+  Tmetaclass third(nullptr, "twice", 3, nullptr, tag.value(), 0, &parent);
+  EXPECT_EQ(Tmetaclass::findClass("twice"), first.get());
+  EXPECT_EQ(Tmetaclass::findClass("twice", &second), &second);
+  EXPECT_EQ(Tmetaclass::findClass("twice", &third), &third);
+  EXPECT_EQ(Tmetaclass::findClass(tag), first.get());
+  first.reset();
+  EXPECT_EQ(Tmetaclass::findClass("twice"), &second);
+  EXPECT_EQ(Tmetaclass::findClass(tag), &second);
+
+  // A record that is changed is found as what it is now.
+  second = Tmetaclass(nullptr, "other", 2, nullptr, 0, 0);
+  EXPECT_EQ(Tmetaclass::findClass("other"), &second);
+  EXPECT_EQ(Tmetaclass::findClass(tag), &third);
+
+  Tmetaclass* untagged = Tmetaclass::findClass(TiffTag());
+  EXPECT_TRUE(untagged && untagged->tag() == TiffTag());
+  EXPECT_FALSE(Tmetaclass::findClass(nullptr) || Tmetaclass::findClass("nobody") ||
+               Tmetaclass::findClass("nobody", &third) || Tmetaclass::findClass(TiffTag("none")));
+}
+
+TEST(Tmetaclass, ListsWhatDerives)
+{
+  Lattice lattice;
+  TtypeidArray derived;
+  Tmetaclass::getDerivedClasses(&lattice.lamp, derived);
+  EXPECT_EQ(names(derived), "wide spot wide both wide lamp "); // on each way to it
+  Tmetaclass::getDerivedClasses(nullptr, derived);
+  EXPECT_EQ(derived.length(), 6u);
+
+  const std::unique_ptr<TtypeDictionary> dictionary(Tmetaclass::generateDictionaryFor(lattice.shape.get()));
+  std::string inOrder;
+  for (const TtypeDictionaryNode& node : *dictionary)
+    inOrder += std::string(node.key().asC()) + ' ';
+  EXPECT_EQ(inOrder, "both shape wide ");
+  EXPECT_EQ(*dictionary->search("both"), &lattice.both);
+  EXPECT_EQ(dictionary->search("lamp"), nullptr);
+
+  testing::internal::CaptureStdout();
+  Tmetaclass::dumpAllClassesDerivedFrom(&lattice.spot, 1);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            ". spot:  +12 = 20    (abstract)\n. . wide:  +30 = 100    (abstract)\n");
+}
+
+// Twenty-four diamonds one on another: millions of ways to the root.
+TEST(Tmetaclass, VisitsEachAncestorOnce)
+{
+  std::list<Tmetaclass> records;
+  Tmetaclass* pointers[49];
+  for (int i = 0; i < 49; ++i)
+    pointers[i] = &records.emplace_back(nullptr, i == 0 ? "root" : "step", 1, nullptr, 0, 0,
+                                        i < 1 ? nullptr : &pointers[i - (i % 2 ? 1 : 2)],
+                                        i < 3 ? nullptr : &pointers[i - (i % 2 ? 2 : 3)]);
+  EXPECT_TRUE(records.back().isa(&records.front()) && records.back().isa("root"));
+  EXPECT_FALSE(records.back().isa("branch"));
+}
+
+TEST(TmetaclassDeathTest, RunsOutOfIds)
+{
+  EXPECT_EXIT(
+    {
+      Tmetaclass parent(nullptr, "parent", 1, nullptr, 0, 0);
+      Tmetaclass* pointer = &parent;
+      std::list<Tmetaclass> records;
+      for (int i = 0; i < 65536; ++i)
+        records.emplace_back(nullptr, i == 65535 ? "refused" : "taken", 1, nullptr, 0, 0, &pointer);
+      Tmetaclass* last = &records.back();
+      Tmetaclass child(nullptr, "child", 1, nullptr, 0, 0, &last);
+      std::exit(child.isa(last) && child.isa(&parent) && !child.isa(&records.front()) && !last->isa(&child) &&
+                !Tmetaclass::findClass("refused"));
+    },
+    testing::ExitedWithCode(1), "no type id is left for class refused");
+}
+
+TEST(TargType, ComparesTypesNotCounts)
+{
+  TargType type(5, 2);
+  EXPECT_TRUE(type == TargType(5, 7, 9) && type != 5 && TargType(5) == 5 && TargType(5) != 6 && !TargType().isArg());
+  type.setArray(3, 4);
+  type.setArray();
+  EXPECT_TRUE(type.minCount() == 3 && type.maxCount() == 4);
+  type = TargType(6); // keeps the counts, which mean nothing now
+  EXPECT_TRUE(type == 6 && type.minCount() == 3);
+  type.setArray(1);
+  EXPECT_TRUE(type.isArray() && type.minCount() == 1 && type.maxCount() == 0);
 }
 
 } // namespace
