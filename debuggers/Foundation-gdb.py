@@ -188,8 +188,6 @@ class TextPrinter:
         return self.text(self.value)
 
 
-class Printers(gdb.printing.PrettyPrinter):
-    named = {"Tstring": TstringPrinter, "TcharString": TcharStringPrinter, "TiffTag": TiffTagPrinter}
 class GeometryPrinter:
     """<1, 2, 3>: the components as operator<< writes them, of a matrix row by row"""
 
@@ -213,31 +211,6 @@ class TanglePrinter:
 
     def to_string(self):
         return "%.15g deg" % (self.radians / 3.14159265358979323846 * 180)
-
-
-class Printers(gdb.printing.PrettyPrinter):
-    named = {
-        "Tstring": TstringPrinter,
-        "TcharString": TcharStringPrinter,
-        "Tangle": TanglePrinter,
-        "Tquaternion": GeometryPrinter,
-    }
-    geometry = {"Tpoint3Of", "Tpoint4Of", "TvectorOf", "TtupleOf", "TmatrixOf", "TplanePointOf"}
-
-    def __init__(self):
-        super().__init__("Foundation")
-
-    def __call__(self, value):
-        kind = value.type.strip_typedefs()
-        if kind.name in self.named:
-            return self.named[kind.name](value)
-        if kind.name in TEXTS:
-            return TextPrinter(value, TEXTS[kind.name])
-        if kind.name and kind.name.split("<")[0] in self.geometry:
-            return GeometryPrinter(value)
-        element = element_type(kind)
-        return TarrayPrinter(value, element) if element else None
-        return printer(value, kind)
 
 
 # Names and tables of strings
@@ -316,24 +289,35 @@ class TstringKeyTablePrinter:
         return "map"
 
 
-def bases(kind):
-    """The type and those that it derives from."""
-    kind = kind.strip_typedefs()
-    yield kind
-    for field in kind.fields():
-        if field.is_base_class:
-            yield from bases(field.type)
+class Printers(gdb.printing.PrettyPrinter):
+    named = {
+        "Tstring": TstringPrinter,
+        "TcharString": TcharStringPrinter,
+        "TiffTag": TiffTagPrinter,
+        "Tname": TnamePrinter,
+        "TnameString": TstringPrinter,
+        "TnameDictionary": TnameDictionaryPrinter,
+        "TstringHashTable": TstringKeyTablePrinter,
+        "TnameTable": TstringKeyTablePrinter,
+        "CMapStringToRes": TstringKeyTablePrinter,
+        "CMapStringToMap": TstringKeyTablePrinter,
+        "Tangle": TanglePrinter,
+        "Tquaternion": GeometryPrinter,
+    }
+    geometry = {"Tpoint3Of", "Tpoint4Of", "TvectorOf", "TtupleOf", "TmatrixOf", "TplanePointOf"}
 
+    def __init__(self):
+        super().__init__("Foundation")
 
-Printers.named.update({
-    "Tname": TnamePrinter,
-    "TnameString": TstringPrinter,
-    "TnameDictionary": TnameDictionaryPrinter,
-    "TstringHashTable": TstringKeyTablePrinter,
-    "TnameTable": TstringKeyTablePrinter,
-    "CMapStringToRes": TstringKeyTablePrinter,
-    "CMapStringToMap": TstringKeyTablePrinter,
-})
+    def __call__(self, value):
+        kind = value.type.strip_typedefs()
+        if kind.name in self.named:
+            return self.named[kind.name](value)
+        if kind.name in TEXTS:
+            return TextPrinter(value, TEXTS[kind.name])
+        if kind.name and kind.name.split("<")[0] in self.geometry:
+            return GeometryPrinter(value)
+        return printer(value, kind)
 
 
 gdb.printing.register_pretty_printer(gdb.current_objfile(), Printers())

@@ -37,22 +37,15 @@ int main()
 {
   const Tstring empty, blank(5), text("left \"arm\"\n"), sharing = text;
   const TcharString borrowed("borrowed");
+  const TiffTagArray tags{TiffTag::kCAT, TiffTag::kFORx};
+
   TdoubleArray numbers{1.5, 2};
   numbers.addLast(-3);
-  const TstringArray names{text, "b"};
-  const TtimeRange range(-250, 9000);
-  const TtimeValueArray keys{{6000, 1.5}};
-  const TtimeUnit unit(kTime30Fps);
-  const Tduration span(95399);
-  const Ttime end(951868799);
-  const TosTime ticks(40);
-  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 &&
-             range.contains(keys[0].time()) && unit != TtimeUnit() && end - span > Ttime(ticks.ticks())
+  const TstringArray texts{text, "b"};
   TtypedStack<Tint32> stack;
   stack.push(7);
   stack.push(8);
-  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 &&
-             stack.length() == 2
+
   Mark mark{};
   mark.fUses = 7;
   Marks marks;
@@ -60,24 +53,28 @@ int main()
   Parts none, parts;
   for (const int part : {3, 1, 2})
     parts.insert(Node(part));
-  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5
-           ? 0
-           : 1; // stop here
-  const Tname arm("arm9"), copy = arm, none;
+
+  const Tname nameless, arm("arm9"), copy = arm;
   const TnameString key("b10");
-  TnameDictionary parts;
-  parts.insert(key, TnameInfo());
-  parts.insert(TnameString("b9"), TnameInfo());
+  TnameDictionary names;
+  names.insert(key, TnameInfo());
+  names.insert(TnameString("b9"), TnameInfo());
   TstringHashTable colours;
   colours.insert("lamp", "white");
-  const bool good = empty == blank && text == sharing && borrowed.length() == 8 && copy == arm && none != arm;
-  return good && numbers.length() + names.length() == 5 && parts.validate() && colours.find("lamp") ? 0
-                                                                                                    : 1; // stop here
-  const TiffTagArray tags{TiffTag::kCAT, TiffTag::kFORx};
-  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() + tags.length() == 7 ? 0 : 1; // stop here
-  [[maybe_unused]] const T3dFltPoint corner(1, 2.5, -3);
-  [[maybe_unused]] const T3dDblPointArray corners{{1, 2, 3}};
-  [[maybe_unused]] const T4dDblMatrix moved = T4dDblVector(7, 8, 9);
-  [[maybe_unused]] const Tangle right(90, Tangle::kDegrees);
-  return empty == blank && text == sharing && borrowed.length() == 8 && numbers.length() + names.length() == 5 ? 0 : 1; // stop here
+
+  const T3dFltPoint corner(1, 2.5, -3);
+  const T3dDblPointArray corners{{1, 2, 3}};
+  const T4dDblMatrix moved = T4dDblVector(7, 8, 9);
+  const Tangle right(90, Tangle::kDegrees);
+
+  const TtimeRange range(-250, 9000);
+  const TtimeValueArray keys{{6000, 1.5}};
+  const TtimeUnit unit(kTime30Fps);
+  const Tduration span(95399);
+  const Ttime end(951868799);
+  const TosTime ticks(40);
+
+  const bool good = corner.x() == 1 && right.degrees() == 90 && range.contains(0) && unit.ticksPerUnit() == 200 &&
+                    end - span != Ttime() && ticks.ticks() == 40;
+  return good ? 0 : 1; // stop here
 }
