@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <malloc.h>
 #include <memory>
 #include <random>
 #include <utility>
@@ -47,6 +48,13 @@ inline void require(bool good, const std::string& what)
   }
 }
 
+/// What malloc() has given out.
+inline std::size_t heapBytes()
+{
+  const auto heap = mallinfo2();
+  return heap.uordblks + heap.hblkhd;
+}
+
 /// Adds the cases of one container: a default-constructed Container with insert(key, value) and find(key), which
 /// returns the address of the value or null; with \p walks also sum(), over the values in the order of the keys.
 template <class Container, bool walks = false, class Key>
@@ -62,11 +70,14 @@ void addKeyed(std::vector<Case>& cases, const std::string& kind, const std::stri
   };
   // Made at the first look-up and kept: building a large one takes longer than measuring it.
   const auto full = std::make_shared<std::unique_ptr<Container>>();
-  const auto filled = [full, fill]() -> Container& {
+  const auto filled = [=]() -> Container& {
     if (!*full)
     {
+      const std::size_t before = heapBytes();
       *full = std::make_unique<Container>();
       fill(**full);
+      std::printf("%-24s%-18s%7.1f bytes an element\n", tail.c_str(), name.c_str(),
+                  double(heapBytes() - before) / double(size));
     }
     return **full;
   };
