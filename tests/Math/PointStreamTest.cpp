@@ -113,9 +113,12 @@ TYPED_TEST(PointStream, findsBounds)
       ASSERT_EQ(TpointStream::bounds(points.data(), count, low, high), any);
       ASSERT_EQ(low, any ? least : Point(1, 2, 3)) << count;
       ASSERT_EQ(high, any ? greatest : Point(4, 5, 6)) << count;
-      for (unsigned int j = 0; j < 3; ++j)
-        ASSERT_FALSE((low[j] == 0 && std::signbit(low[j])) || (high[j] == 0 && std::signbit(high[j])));
     }
+    const Point zero(Real(-0.0), 0, Real(-0.0));
+    Point low, high;
+    EXPECT_TRUE(TpointStream::bounds(&zero, 1, low, high));
+    for (unsigned int j = 0; j < 3; ++j)
+      EXPECT_FALSE(std::signbit(low[j]) || std::signbit(high[j]));
   });
 }
 
