@@ -91,10 +91,7 @@ public:
     // Whether the server is still there.
     bool goesOn() const { return fTable != nullptr; }
 
-    // The pass knows where things are now.
-    void resume() { fIsDisturbed = false; }
-
-    // Calls a client. Whether all is where it was.
+    // Calls a client. Returns goesOn().
     bool call(const Entry& entry, TclientServer* server, const TserverMsg& msg) const
     {
       try
@@ -106,7 +103,7 @@ public:
         if (!fTable || !fTable->fIsLast)
           throw;
       }
-      return !fIsDisturbed;
+      return goesOn();
     }
 
   private:
@@ -115,7 +112,6 @@ public:
     Table* fTable;           // null when the server is gone
     const Clients* fClients; // that it is over, or null
     Pass* fOuter;
-    bool fIsDisturbed = false; // the server is gone, or the entries have moved
   };
 
   Table() = default;
@@ -173,7 +169,7 @@ private:
 
   Clients& makeClients(Tmetaclass* type);
   static unsigned int runEnd(const Clients& clients, unsigned int first);
-  void append(Clients& clients, const Entry& entry);
+  static void append(Clients& clients, const Entry& entry);
   static void list(const Clients& clients, TtypedArray<Tclient*>& list);
   void sort(Clients& clients) const;
   void tidy(const Message& message);
@@ -275,10 +271,7 @@ TclientServer::Table::Entry* TclientServer::Table::find(Clients& clients, const 
 
 void TclientServer::Table::append(Clients& clients, const Entry& entry)
 {
-  const Entry* const before = clients.fEntries.data();
   clients.fEntries.addLast(entry);
-  for (Pass* pass = clients.fEntries.data() != before ? fPass : nullptr; pass; pass = pass->fOuter)
-    pass->fIsDisturbed = true;
   const unsigned int count = clients.fEntries.length() - clients.fSorted;
   Entry* const end = clients.fEntries.end();
   Entry* const run = end - (count - 1) % kRun - 1;
@@ -396,9 +389,7 @@ bool TclientServer::Table::deliverByList(Clients& clients, TclientServer* server
   for (Tclient* client : due)
   {
     const Entry* const entry = find(clients, client);
-    if (entry && entry->isCalled())
-      pass.call(*entry, server, msg);
-    if (!pass.goesOn())
+    if (entry && entry->isCalled() && !pass.call(*entry, server, msg))
       return false;
   }
   return true;
@@ -407,10 +398,7 @@ bool TclientServer::Table::deliverByList(Clients& clients, TclientServer* server
 void TclientServer::Table::close()
 {
   for (; fPass; fPass = fPass->fOuter)
-  {
     fPass->fTable = nullptr;
-    fPass->fIsDisturbed = true;
-  }
   endPasses();
   fIsLast = true;
 }
@@ -459,16 +447,12 @@ bool TclientServer::deliver(const TserverMsg& msg)
     return true;
   if (!fTable->isInOrder(*clients))
     return fTable->deliverByList(*clients, this, msg);
-  Table::Pass pass(*fTable, clients);
-  const Table::Entry* entry = clients->begin();
-  for (unsigned int left = clients->fSorted; left != 0; --left, ++entry)
+  const Table::Pass pass(*fTable, clients);
+  for (unsigned int i = 0; i < clients->fSorted; ++i)
   {
-    if (!entry->isCalled() || pass.call(*entry, this, msg))
-      continue;
-    if (!pass.goesOn())
+    const Table::Entry& entry = clients->fEntries[i]; // they move when a callback makes one more
+    if (entry.isCalled() && !pass.call(entry, this, msg))
       return false;
-    entry = clients->begin() + (clients->fSorted - left);
-    pass.resume();
   }
   return true;
 }

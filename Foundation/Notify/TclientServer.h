@@ -21,8 +21,7 @@
 /// called in ascending order of their addresses.
 ///
 /// A pass is one message on its way to the clients of its class, and so is, with no class, a transfer or a message to
-/// one client. What a callback may do during passes: all of this, to this server and others, in passes within passes as
-/// deep as the stack is.
+/// one client. A callback may do anything to this server and others, in passes within passes as deep as the stack is:
 ///
 /// - A pass calls each client once that was registered when it began and is registered and enabled when its turn comes,
 ///   and nobody else. Clients that join wait for the next pass, even one within.
@@ -34,10 +33,11 @@
 /// - An exception from a callback ends the pass and comes out of notifyClients(). Nothing else is changed by it.
 ///
 /// A server is told apart by its address, and not copied. One without clients is three words; a registration takes 24
-/// bytes or, with 32-bit pointers, 12. Registering and leaving take logarithmic time on average, queries its square at
-/// most. Functions that register throw TmemoryException without memory and have then changed nothing. So do passes, but
-/// only within another pass, while clients come and go: they need a list of who is to be called, and without one they
-/// have called nobody.
+/// bytes or, with 32-bit pointers, 12, and some room to grow. Registering, leaving and queries search in logarithmic
+/// time, or its square while newcomers wait for the next pass, and what they move is logarithmic on average. Functions
+/// that register throw TmemoryException without memory and have then changed nothing. So do passes, but only within
+/// another pass, while clients come and go: they need a list of who is to be called, and without one they have called
+/// nobody.
 class FOUNDATION_API TclientServer
 {
 public:
