@@ -1,5 +1,7 @@
 /// \file
-/// The typed faces over Tdictionary: what gives the dictionaries of types and names their interface.
+/// The typed face over Tdictionary: what gives the dictionaries of names and types their interface.
+///
+/// Derive a dictionary of your own in a few lines:
 ///
 /// \code
 ///   class TlampNode final : public TtypedNode<TlampNode, Tstring, Tlamp*>
@@ -14,6 +16,7 @@
 #pragma once
 
 #include "Foundation/Container/Tdictionary.h"
+#include "Foundation/Debug/Texception.h"
 
 #include <cstdlib>
 #include <new>
@@ -42,9 +45,18 @@ public:
 
   TdictionaryNode* clone(long level) override
   {
-    const std::size_t count = static_cast<std::size_t>(level);
-    void* block = std::calloc(1, sizeof(Node) + count * sizeof(TdictionaryNode*));
-    return block ? new (block) Node(static_cast<const Node&>(*this)) : nullptr;
+    void* block = std::calloc(1, sizeof(Node) + static_cast<std::size_t>(level) * sizeof(TdictionaryNode*));
+    if (!block)
+      return nullptr;
+    try
+    {
+      return new (block) Node(static_cast<const Node&>(*this)); // the links are null
+    }
+    catch (const TmemoryException&)
+    {
+      std::free(block);
+      return nullptr;
+    }
   }
   void destroy() override
   {
@@ -63,59 +75,63 @@ private:
 
 /// A dictionary of \p Node, which derives from TtypedNode. Each function makes a node of the key on the stack.
 template <class Node>
-class TtypedDictionary : public Tdictionary
+class TtypedDictionary : public TdictionaryOf<Node>
 {
   using Key = typename Node::key_type;
   using Value = typename Node::mapped_type;
 
 public:
-  /// Adds a node before those with an equal key. Search first where keys are to be unique, and hand on the bookmark of
-  /// that search. Null, and nothing changed, when there is no memory.
+  /// Adds a node before those with an equal key, and returns it; search first where keys are to be unique. \p bookmark,
+  /// which a search for the same key filled, saves another. Throws TmemoryException, with nothing changed, when there
+  /// is no memory.
   Node* insert(const Key& key, const Value& value)
   {
-    Node node(key, value);
-    return static_cast<Node*>(insertNode(node));
+    Tbookmark none;
+    return insert(key, value, none);
   }
   Node* insert(const Key& key, const Value& value, Tbookmark& bookmark)
   {
     Node node(key, value);
-    return static_cast<Node*>(insertNode(node, bookmark));
+    Node* const inserted = this->insertNode(node, bookmark);
+    if (!inserted)
+      throw TmemoryException();
+    return inserted;
   }
 
-  /// Removes the first node with an equal key. False when there is none.
+  /// Takes out and destroys the first node with an equal key. False when there is none.
   bool remove(const Key& key)
   {
     Node node(key);
-    return removeNode(node);
+    return this->removeNode(node);
   }
 
-  /// The first node with an equal key, or its value; null when there is none. \p bookmark receives the way to where the
-  /// key stands or would stand.
+  /// The first node with an equal key; null when there is none. \p bookmark receives the way there, or to where it
+  /// would stand.
   Node* findNode(const Key& key)
   {
     Node node(key);
-    return static_cast<Node*>(searchNode(node));
+    return this->searchNode(node);
   }
   Node* findNode(const Key& key, Tbookmark& bookmark)
   {
     Node node(key);
-    return static_cast<Node*>(searchNode(node, bookmark));
+    return this->searchNode(node, bookmark);
   }
+  const Node* findNode(const Key& key) const { return const_cast<TtypedDictionary*>(this)->findNode(key); }
+
+  /// The same, with the node's value in the place of the node.
   Value* search(const Key& key) { return valueOf(findNode(key)); }
   Value* search(const Key& key, Tbookmark& bookmark) { return valueOf(findNode(key, bookmark)); }
+  const Value* search(const Key& key) const { return valueOf(findNode(key)); }
 
-  /// The nodes in order, null behind the last.
-  Node* first() noexcept { return static_cast<Node*>(forward(0)); }
+  /// The node with the least key, and the one behind \p node; null when there is none.
+  Node* first() noexcept { return static_cast<Node*>(this->forward(0)); }
   static Node* next(Node* node) noexcept { return static_cast<Node*>(node->forward(0)); }
 
-  TnodeIterator<Node> begin() noexcept { return TnodeIterator<Node>(forward(0)); }
-  TnodeIterator<Node> end() noexcept { return TnodeIterator<Node>(); }
-  TnodeIterator<const Node> begin() const noexcept
-  {
-    return TnodeIterator<const Node>(const_cast<TtypedDictionary*>(this)->forward(0));
-  }
-  TnodeIterator<const Node> end() const noexcept { return TnodeIterator<const Node>(); }
-
 private:
-  static Value* valueOf(Node* node) noexcept { return node ? &node->data() : nullptr; }
+  template <class Any>
+  static auto valueOf(Any* node) noexcept -> decltype(&node->data())
+  {
+    return node ? &node->data() : nullptr;
+  }
 };

@@ -9,11 +9,16 @@
 
 class Tmetaclass;
 
-/// A class name and the record of the class. The name is borrowed.
-class TtypeDictionaryNode final : public TtypedNode<TtypeDictionaryNode, TcharString, Tmetaclass*>
+/// A class name, which is borrowed, and the record of the class.
+class FOUNDATION_API TtypeDictionaryNode : public TtypedNode<TtypeDictionaryNode, TcharString, Tmetaclass*>
 {
 public:
   using TtypedNode::TtypedNode;
+
+  Tmetaclass* typeof() const override;
+  void* cast(Tmetaclass* type) override;
+  static void* construct(Tmetaclass* type);
+  static Tmetaclass* fTypeid;
 
   static int order(const TcharString& left, const TcharString& right) noexcept
   {
@@ -24,4 +29,10 @@ public:
 /// Type records by class name, in the locale's collation: what Tmetaclass::generateDictionaryFor() makes. Names are not
 /// copied and must outlive the dictionary.
 class FOUNDATION_API TtypeDictionary : public TtypedDictionary<TtypeDictionaryNode>
-{};
+{
+public:
+  Tmetaclass* typeof() const override;
+  void* cast(Tmetaclass* type) override;
+  static void* construct(Tmetaclass* type);
+  static Tmetaclass* fTypeid;
+};

@@ -3,6 +3,7 @@
 
 #include "Foundation/Container/Tdictionary.h"
 #include "Foundation/Data/Tmetaclass.h"
+#include "Foundation/Data/TtypeDictionary.h"
 #include "Foundation/Debug/Texception.h"
 #include "Foundation/String/TnameDictionary.h"
 #include "Foundation/String/TnameObject.h"
@@ -48,6 +49,8 @@ TYPE_RECORD(TunimplementedException, 8, Texception)
 TYPE_RECORD(TresourceException, 260, Texception)
 TYPE_RECORD(TdictionaryNode, 4, Nothing)
 TYPE_RECORD(Tdictionary, 72, TdictionaryNode)
+TYPE_RECORD(TtypeDictionaryNode, 16, TdictionaryNode)
+TYPE_RECORD(TtypeDictionary, 72, Tdictionary)
 TYPE_RECORD(TnameDictionaryNode, 20, TdictionaryNode)
 TYPE_RECORD(TnameDictionary, 72, Tdictionary)
 TYPE_RECORD(TnameObject, 16, Nothing)

@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "Foundation/Container/Tdictionary.h"
+#include "Foundation/Container/TtypedDictionary.h"
 #include "Foundation/String/TnameString.h"
 
 class TnameObject;
@@ -53,35 +53,23 @@ private:
   Tcell* fObjects = nullptr;
 };
 
-/// A name and its value in a dictionary. The links follow the object in the same block.
-class FOUNDATION_API TnameDictionaryNode : public TdictionaryNode
+/// A name and its value in a dictionary.
+class FOUNDATION_API TnameDictionaryNode : public TtypedNode<TnameDictionaryNode, TnameString, TnameInfo>
 {
 public:
-  TnameDictionaryNode(const TnameString& key, const TnameInfo& data)
-    : fKey(key)
-    , fData(data)
-  {
-  }
-
-  const TnameString& key() const noexcept { return fKey; }
-  TnameInfo& data() noexcept { return fData; }
-  const TnameInfo& data() const noexcept { return fData; }
+  using TtypedNode::TtypedNode;
 
   Tmetaclass* typeof() const override;
   void* cast(Tmetaclass* type) override;
   static void* construct(Tmetaclass* type);
   static Tmetaclass* fTypeid;
 
-  /// -1, 0 or 1, by the order of the keys.
-  int compare(TdictionaryNode& other) override;
-  void setValue(TdictionaryNode& other) override;
-  TdictionaryNode* clone(long level) override;
-  void destroy() override;
-  TdictionaryNode*& forward(long i) override;
-
-private:
-  TnameString fKey;
-  TnameInfo fData;
+  /// -1, 0 or 1.
+  static int order(const TnameString& left, const TnameString& right) noexcept
+  {
+    const int order = TnameString::strnumcmp(left.asC(), right.asC());
+    return (order > 0) - (order < 0);
+  }
 };
 
 /// A dictionary from names to what is known of them.
@@ -95,39 +83,13 @@ private:
 ///   for (TnameDictionaryNode& each : parts)
 ///     std::cout << each.key() << '\n';
 /// \endcode
-class FOUNDATION_API TnameDictionary : public Tdictionary
+class FOUNDATION_API TnameDictionary : public TtypedDictionary<TnameDictionaryNode>
 {
 public:
   Tmetaclass* typeof() const override;
   void* cast(Tmetaclass* type) override;
   static void* construct(Tmetaclass* type);
   static Tmetaclass* fTypeid;
-
-  /// Adds a name, in front of those that are equal to it, and returns its node. \p bookmark, which a search for the
-  /// same name filled, saves another search. Throws TmemoryException, with nothing changed, when there is no memory.
-  TnameDictionaryNode* insert(const TnameString& key, const TnameInfo& data);
-  TnameDictionaryNode* insert(const TnameString& key, const TnameInfo& data, Tbookmark& bookmark);
-
-  /// Takes out and destroys the first node of \p key. False when there is none.
-  bool remove(const TnameString& key);
-
-  /// The first node of \p key, null when there is none. \p bookmark receives the way there, or to where it would stand.
-  TnameDictionaryNode* findNode(const TnameString& key);
-  TnameDictionaryNode* findNode(const TnameString& key, Tbookmark& bookmark);
-  const TnameDictionaryNode* findNode(const TnameString& key) const;
-
-  /// The same, with the node's value in the place of the node.
-  TnameInfo* search(const TnameString& key);
-  TnameInfo* search(const TnameString& key, Tbookmark& bookmark);
-  const TnameInfo* search(const TnameString& key) const;
-
-  TnodeIterator<TnameDictionaryNode> begin() noexcept { return TnodeIterator<TnameDictionaryNode>(forward(0)); }
-  TnodeIterator<TnameDictionaryNode> end() noexcept { return TnodeIterator<TnameDictionaryNode>(); }
-  TnodeIterator<const TnameDictionaryNode> begin() const noexcept
-  {
-    return TnodeIterator<const TnameDictionaryNode>(const_cast<TnameDictionary*>(this)->forward(0));
-  }
-  TnodeIterator<const TnameDictionaryNode> end() const noexcept { return TnodeIterator<const TnameDictionaryNode>(); }
 };
 
 static_assert(sizeof(TnameDictionaryNode) == 4 * sizeof(void*), "a table of functions, a text, a count and a list");
