@@ -107,11 +107,14 @@ public:
     const auto at = [&a, &b](int i, int j) {
       return a.fRows[i][0] * b.fRows[0][j] + a.fRows[i][1] * b.fRows[1][j] + a.fRows[i][2] * b.fRows[2][j];
     };
-    const Real rows[4][4] = {{at(0, 0), at(0, 1), at(0, 2), 0},
-                             {at(1, 0), at(1, 1), at(1, 2), 0},
-                             {at(2, 0), at(2, 1), at(2, 2), 0},
-                             {at(3, 0) + b.fRows[3][0], at(3, 1) + b.fRows[3][1], at(3, 2) + b.fRows[3][2], 1}};
-    return setRows(rows);
+    TmatrixOf product;
+    for (int i = 0; i < 3; ++i)
+    {
+      for (int j = 0; j < 3; ++j)
+        product.fRows[i][j] = at(i, j);
+      product.fRows[3][i] = at(3, i) + b.fRows[3][i];
+    }
+    return *this = product;
   }
   template <class R = Real, class = TdoubleOnly<R>>
   constexpr TmatrixOf& affinePostmultBy(const TmatrixOf& m) noexcept
@@ -316,11 +319,6 @@ private:
        m[3][0] * d.a13 - m[3][1] * d.a03 + m[3][3] * d.a01, m[2][1] * d.a03 - m[2][0] * d.a13 - m[2][3] * d.a01},
       {m[1][1] * d.b02 - m[1][0] * d.b12 - m[1][2] * d.b01, m[0][0] * d.b12 - m[0][1] * d.b02 + m[0][2] * d.b01,
        m[3][1] * d.a02 - m[3][0] * d.a12 - m[3][2] * d.a01, m[2][0] * d.a12 - m[2][1] * d.a02 + m[2][2] * d.a01}};
-    return setRows(rows, factor);
-  }
-
-  constexpr TmatrixOf& setRows(const Real (&rows)[4][4], Real factor = 1) noexcept
-  {
     for (int i = 0; i < 4; ++i)
     {
       for (int j = 0; j < 4; ++j)
@@ -328,6 +326,7 @@ private:
     }
     return *this;
   }
+
   constexpr TvectorOf<Real> upper(int row) const noexcept { return {fRows[row][0], fRows[row][1], fRows[row][2]}; }
   constexpr void setUpper(int row, const TvectorOf<Real>& v) noexcept
   {

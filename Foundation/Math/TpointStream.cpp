@@ -155,12 +155,12 @@ struct Normalize
           const Real* const v = from + 3 * i;
           factors[i] = v[0] * v[0] + v[1] * v[1] + v[2] * v[2];
         }
-        for (std::size_t i = 0; i < kBlock; ++i) // of a full block: the numbers behind a shorter one do no harm
+        for (Real& each : factors) // of a full block: the numbers behind a shorter one do no harm
         {
-          const Real squared = factors[i], factor = 1 / std::sqrt(squared);
+          const Real squared = each, factor = 1 / std::sqrt(squared);
           const bool stays = (squared <= TgeometryTraits<Real>::kNoNorm) |
                              (Tcomponents::magnitude(squared - 1) <= Real(kUnitNormTolerance));
-          factors[i] = stays ? 1 : factor;
+          each = stays ? 1 : factor;
         }
         for (std::size_t i = 0; i < block; ++i)
         {
