@@ -4,12 +4,13 @@
 #include "Foundation/Notify/Typed.h"
 
 #include <algorithm>
+#include <utility>
 
 TYPE_RECORD(Ttrigger, 20, nullptr, 0, 0, &TclientServer::fTypeid);
 TYPE_CAST(Ttrigger, TclientServer)
 
-Ttrigger::Ttrigger(const Tstring& name, Flags flags) noexcept
-  : fName(name)
+Ttrigger::Ttrigger(Tstring name, Flags flags) noexcept
+  : fName(std::move(name))
   , fFlags(flags)
 {
 }

@@ -61,7 +61,7 @@ protected:
   };
 
   /// For derived classes, whose constructor calls addTrigger() when it is done with what clients may ask for.
-  Ttrigger(const Tstring& name, Flags flags) noexcept;
+  Ttrigger(Tstring name, Flags flags) noexcept;
 
   /// Enters the trigger in the array, and takes over the clients of a temporary one, or leaves it.
   void addTrigger();

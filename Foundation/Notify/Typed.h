@@ -32,6 +32,8 @@ struct Tuntyped
   static void* cast(Tmetaclass*) { return nullptr; }
 };
 
+// NOLINTBEGIN(bugprone-macro-parentheses): names of classes
+
 /// The record of \p Class, with its \p size on the home platform and, last, its parents; typeof() and construct().
 #define TYPE_RECORD(Class, size, ...)                                                                                  \
   static Tmetaclass g##Class(&Class::fTypeid, #Class, size, __VA_ARGS__);                                              \
@@ -52,3 +54,4 @@ struct Tuntyped
   {                                                                                                                    \
     return type == fTypeid ? this : Base::cast(type);                                                                  \
   }
+// NOLINTEND(bugprone-macro-parentheses)
