@@ -57,8 +57,8 @@ private:
 class FOUNDATION_API TnameDictionaryNode : public TdictionaryNode
 {
 public:
-  TnameDictionaryNode(const TnameString& key, const TnameInfo& data)
-    : fKey(key)
+  TnameDictionaryNode(TnameString key, const TnameInfo& data)
+    : fKey(std::move(key))
     , fData(data)
   {
   }
