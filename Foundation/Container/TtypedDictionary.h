@@ -20,6 +20,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 /// A node that holds a key and a value; its links stand behind it in the same block. \p Node, the class itself, has a
 /// static function `order` for two keys: negative, 0 or positive.
@@ -30,8 +31,8 @@ public:
   using key_type = Key;
   using mapped_type = Value;
 
-  explicit TtypedNode(const Key& key, const Value& value = Value())
-    : fKey(key)
+  explicit TtypedNode(Key key, const Value& value = Value())
+    : fKey(std::move(key))
     , fValue(value)
   {
   }

@@ -14,8 +14,8 @@ class CMappedRes
 {
 public:
   CMappedRes() noexcept = default;
-  CMappedRes(TresId id, const Tstring& module = Tstring()) noexcept
-    : fModule(module)
+  CMappedRes(TresId id, Tstring module = Tstring()) noexcept
+    : fModule(std::move(module))
     , fId(id)
   {
   }

@@ -13,6 +13,7 @@
 #include "Foundation/String/Tstring.h"
 
 #include <new>
+#include <utility>
 
 class Tmetaclass;
 
@@ -22,10 +23,10 @@ class TstringKeyEntry : public ThashTableEntry
 {
 public:
   template <class... Arguments>
-  explicit TstringKeyEntry(const Tstring& key, const Arguments&... value)
+  explicit TstringKeyEntry(Tstring key, Arguments&&... value)
     : ThashTableEntry{}
-    , fKey(key)
-    , fValue(value...)
+    , fKey(std::move(key))
+    , fValue(std::forward<Arguments>(value)...)
   {
   }
 

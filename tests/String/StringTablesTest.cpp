@@ -23,7 +23,7 @@ TEST(StringTables, followTheirModel)
   for (unsigned step = 0; step < 5000; ++step)
   {
     const Tstring key = step % 500 == 0 ? Tstring() : textOf(unsigned(random() % 100)), value = textOf(step);
-    const bool known = model.count(key.asC()) != 0;
+    const bool known = model.contains(key.asC());
     Tstring found("before");
     ASSERT_EQ(table.find(key, found), known);
     ASSERT_EQ(found, known ? model[key.asC()] : "before");
