@@ -33,16 +33,16 @@ public:
 
   explicit TtypedNode(Key key, const Value& value = Value())
     : fKey(std::move(key))
-    , fValue(value)
+    , fData(value)
   {
   }
 
   const Key& key() const noexcept { return fKey; }
-  Value& data() noexcept { return fValue; }
-  const Value& data() const noexcept { return fValue; }
+  Value& data() noexcept { return fData; }
+  const Value& data() const noexcept { return fData; }
 
   int compare(TdictionaryNode& other) override { return Node::order(fKey, static_cast<TtypedNode&>(other).fKey); }
-  void setValue(TdictionaryNode& other) override { fValue = static_cast<TtypedNode&>(other).fValue; }
+  void setValue(TdictionaryNode& other) override { fData = static_cast<TtypedNode&>(other).fData; }
 
   TdictionaryNode* clone(long level) override
   {
@@ -71,7 +71,7 @@ public:
 
 private:
   Key fKey;
-  Value fValue;
+  Value fData;
 };
 
 /// A dictionary of \p Node, which derives from TtypedNode. Each function makes a node of the key on the stack.

@@ -90,15 +90,16 @@ TEST(TiffBuffer, writesWhatItWouldWriteUnbuffered)
   EXPECT_GT(exact, 3); // pipes that got every size
 }
 
+const std::string kData(80000, 'a');
+
 // Chunks of these sizes in a group, which is left open.
 bool writeGroup(TiffFile& file, const std::vector<long>& sizes, TiffTag group = "FOR4")
 {
-  static const std::string data(80000, 'a');
   bool good = file.beginWriteGroup(group, "TEST") == 0;
   for (const long size : sizes)
   {
     good = file.beginPut("AAAA") == 0 && good;
-    good = file.put(data.data(), size) == size && good;
+    good = file.put(kData.data(), size) == size && good;
     good = file.endPut() == 0 && good;
   }
   return good;
