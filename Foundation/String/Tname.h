@@ -114,7 +114,8 @@ public:
   friend bool operator==(const Tname& left, const Tname& right) noexcept { return left.fNode == right.fNode; }
   friend bool operator!=(const Tname& left, const Tname& right) noexcept { return left.fNode != right.fNode; }
 
-  /// In the order of the dictionary; no name comes first.
+  /// In the order of the dictionary; no name comes first. A `const char*` is made a Tname for that, while beside a
+  /// Tstring the name counts as a text, byte by byte.
   friend bool operator<(const Tname& left, const Tname& right) noexcept { return order(left, right) < 0; }
   friend bool operator<=(const Tname& left, const Tname& right) noexcept { return order(left, right) <= 0; }
   friend bool operator>(const Tname& left, const Tname& right) noexcept { return order(left, right) > 0; }
