@@ -230,7 +230,7 @@ class TnamePrinter:
     def children(self):
         if self.node != 0:
             yield "name", text(self.node["fKey"])
-            yield "holders", self.node["fData"]["fCount"]
+            yield "holders", self.node["fValue"]["fCount"]
 
     def to_string(self):
         return None if self.node != 0 else "no name"
@@ -257,7 +257,7 @@ class TnameDictionaryPrinter:
     def children(self):
         for i, node in enumerate(self.nodes):
             yield "key %d" % i, text(node["fKey"])
-            yield "value %d" % i, node["fData"]["fCount"]
+            yield "value %d" % i, node["fValue"]["fCount"]
 
     def display_hint(self):
         return "map"

@@ -58,6 +58,11 @@ public:
       std::free(block);
       return nullptr;
     }
+    catch (...)
+    {
+      std::free(block);
+      throw;
+    }
   }
   void destroy() override
   {

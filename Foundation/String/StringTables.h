@@ -12,6 +12,7 @@
 #include "Foundation/Debug/Texception.h"
 #include "Foundation/String/Tstring.h"
 
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -134,7 +135,7 @@ public:
   }
   const Value* find(const Tstring& key) const noexcept { return const_cast<TstringKeyTable*>(this)->find(key); }
 
-  /// Removes all entries and goes back to the minimum of buckets.
+  /// Removes all entries and goes back to the minimum of buckets, when there is memory for that.
   void reset() noexcept
   {
     deleteEntries();
@@ -179,25 +180,25 @@ public:
       Entry* removed = entry();
       if (!removed)
         return 0;
-      _remove(removed, bucket());
+      fTable.unlinkEntry(removed);
       _next();
       delete removed;
       return entry() != nullptr;
     }
 
-    /// Inserts each entry of the table into \p other, which may be the table itself, in the order of the walk. When
+    /// Inserts all entries of the table into \p other, which may be the table itself, in the order of a walk. When
     /// memory runs out, TmemoryException is thrown and \p other has those up to there. Does not move.
     void appendAllTo(TstringKeyTable& other) const
     {
-      TstringKeyTable copy;
-      TstringKeyTable* source = &fTable;
-      if (source == &other)
-      {
-        appendAllTo(copy);
-        source = &copy;
-      }
-      for (const Entry& each : *source)
-        other.add(each.key(), each.fHash, each.value());
+      // Listed first: the table may grow under the walk, but entries stay in their place.
+      const std::unique_ptr<const Entry*[]> entries(new (std::nothrow) const Entry*[fTable.entryCount()]);
+      if (!entries)
+        throw TmemoryException();
+      const Entry** end = entries.get();
+      for (const Entry& each : fTable)
+        *end++ = &each;
+      for (const Entry** each = entries.get(); each != end; ++each)
+        other.add((*each)->key(), (*each)->fHash, (*each)->value());
     }
 
   private:

@@ -286,8 +286,10 @@ void Tname::removeObject(TnameObject* object) noexcept
 {
   if (!fNode || !object)
     return;
-  fNode->data().removeObject(object);
-  object->fIsListed = object->fIsListed && object->fName != *this;
+  TnameInfo& info = fNode->data();
+  info.removeObject(object);
+  if (object->fName == *this)
+    object->fIsListed = *info.linkTo(object); // once more, if it was put in before it got the name
 }
 
 Tstring Tname::validateName(const Tstring& text)

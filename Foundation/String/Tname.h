@@ -93,26 +93,29 @@ public:
   /// getNextVersionNumber). Throws TmemoryException, with nothing changed, when there is no memory.
   void makeUnique();
 
-  /// Puts \p object at the head of the list of those that bear the name. It must be taken out before it goes; only a
-  /// TnameObject whose own name this is enters and leaves by itself, and is in the list once. Throws TmemoryException,
-  /// with nothing changed, when there is no memory. Nothing happens without a name or an object.
+  /// Puts \p object at the head of the list of those that bear the name. It must be taken out, as often as it was put
+  /// in, before it goes; only a TnameObject whose own name this is enters and leaves by itself, and while it is in is
+  /// not put in again. Throws TmemoryException, with nothing changed, when there is no memory. Nothing happens without
+  /// a name or an object.
   void addObject(TnameObject* object);
 
-  /// Takes \p object, as it was added last, out of the list. Linear in the list up to there.
+  /// Takes \p object, as it was added last, out of the list. Linear in the list.
   void removeObject(TnameObject* object) noexcept;
 
   /// \p text with a '_' for each byte that is no letter of ASCII, digit or '_', and one more in front of a digit at the
   /// start; "_" for an empty text. Throws TmemoryException when there is no memory.
   static Tstring validateName(const Tstring& text);
 
-  /// All names in their order. Not to be copied: a copy shares the nodes, and destroys them.
+  /// All names in their order. Not to be copied: a copy shares the nodes, and destroys them. Throws TmemoryException
+  /// when it is not made yet and there is no memory for it.
   static const TnameDictionary& nameTable();
 
   /// By address
   friend bool operator==(const Tname& left, const Tname& right) noexcept { return left.fNode == right.fNode; }
   friend bool operator!=(const Tname& left, const Tname& right) noexcept { return left.fNode != right.fNode; }
 
-  /// In the order of the dictionary; no name comes first.
+  /// In the order of the dictionary; no name comes first. A `const char*` is made a Tname for that, while beside a
+  /// Tstring the name counts as a text, byte by byte.
   friend bool operator<(const Tname& left, const Tname& right) noexcept { return order(left, right) < 0; }
   friend bool operator<=(const Tname& left, const Tname& right) noexcept { return order(left, right) <= 0; }
   friend bool operator>(const Tname& left, const Tname& right) noexcept { return order(left, right) > 0; }

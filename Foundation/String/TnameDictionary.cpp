@@ -49,11 +49,18 @@ void TnameInfo::addObject(TnameObject* object)
 
 void TnameInfo::removeObject(TnameObject* object) noexcept
 {
+  Tcell** link = linkTo(object);
+  if (*link)
+    removeCell(link);
+}
+
+// The link to the cell of \p object that was added last; the one at the end of the list, null, when there is none.
+TnameInfo::Tcell** TnameInfo::linkTo(const TnameObject* object) noexcept
+{
   Tcell** link = &fObjects;
   while (*link && (*link)->fObject != object)
     link = &(*link)->fNext;
-  if (*link)
-    removeCell(link);
+  return link;
 }
 
 void TnameInfo::removeCell(Tcell** link) noexcept

@@ -47,6 +47,7 @@ private:
   friend class Tname;
 
   static Tcell* newCell(TnameObject* object);
+  Tcell** linkTo(const TnameObject* object) noexcept;
   void removeCell(Tcell** link) noexcept;
 
   Tint32 fCount = 0;

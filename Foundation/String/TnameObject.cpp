@@ -57,7 +57,8 @@ void TnameObject::setPlainName(const Tstring& name) noexcept
 void TnameObject::leaveList() noexcept
 {
   if (fIsListed)
-    fName.removeObject(this);
+    fName.fNode->data().removeObject(this);
+  fIsListed = false;
 }
 
 bool TnameObject::hasUniqueName() const

@@ -20,7 +20,8 @@
 ///     std::cout << each->name() << '\n';
 /// \endcode
 ///
-/// As long as its name is interned, the object stands in the name's list of objects. What takes an interned name throws
+/// As long as its name is interned, the object stands in the name's list of objects, unless Tname::removeObject() took
+/// it out. What takes an interned name throws
 /// TmemoryException, with nothing changed, when there is no memory for that.
 class FOUNDATION_API TnameObject
 {
@@ -58,8 +59,9 @@ public:
   void setName(const Tname& name);
   void setPlainName(const Tstring& name) noexcept;
 
-  /// Whether nothing else has the name: no other Tname holds an interned one, none at all the canonical form of a plain
-  /// one. False without a name. Throws TmemoryException when there is no memory to see about a plain name.
+  /// Whether nothing else has the name: no other Tname holds an interned one, none at all what a Tname makes of a plain
+  /// one (which is always so when a '#' stands at its end). False without a name. Throws TmemoryException when there is
+  /// no memory to see about a plain name.
   bool hasUniqueName() const;
 
 private:

@@ -38,9 +38,8 @@ public:
 
   /// Below, at or above 0 as \p a comes before, with or after \p b. They are read side by side:
   ///
-  /// - Where both have a digit from '1' to '9', a number begins. Its digits, each in 4 bits of a 32-bit number, of
-  /// which
-  ///   the last eight so remain, decide; then how many there are.
+  /// - Where both have a digit from '1' to '9', a number begins. Its last eight digits decide, each in 4 bits of a
+  ///   32-bit number; then how many digits it has.
   /// - Else the characters decide, as signed values. So a '0' comes before any number.
   ///
   /// The result is the difference of the two that decided, as far as an int holds it. Null stands for "".

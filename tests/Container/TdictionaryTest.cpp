@@ -1,4 +1,4 @@
-#include "Foundation/Container/Tdictionary.h"
+#include "Foundation/Container/TtypedDictionary.h"
 #include "Foundation/Data/Tmetaclass.h"
 #include "Foundation/Platform/Random.h"
 #include "tests/FailingMemory.h"
@@ -199,6 +199,32 @@ TEST(Tdictionary, HasARecord)
   EXPECT_TRUE(node.typeof() == Tmetaclass::findClass("TdictionaryNode") && node.typeof()->size() == 4);
   EXPECT_TRUE(dictionary.cast(Tdictionary::fTypeid) == &dictionary && dictionary.cast(node.typeof()) == &dictionary);
   EXPECT_TRUE(!node.cast(Tdictionary::fTypeid) && dictionary.typeof()->isa(node.typeof()));
+}
+
+struct Failing // when a node is made of it
+{
+  Failing() = default;
+  Failing(const Failing& other)
+    : fCopies(other.fCopies + 1)
+  {
+    if (fCopies == 2)
+      throw std::bad_alloc();
+  }
+  Failing& operator=(const Failing&) = default;
+  int fCopies = 0;
+};
+
+struct FailingNode final : TtypedNode<FailingNode, int, Failing>
+{
+  using TtypedNode::TtypedNode;
+  static int order(int left, int right) { return left - right; }
+};
+
+TEST(TtypedDictionary, passesOnWhatAValueThrows)
+{
+  TtypedDictionary<FailingNode> dictionary; // the block of the node is AddressSanitizer's to miss
+  EXPECT_THROW(dictionary.insert(1, Failing()), std::bad_alloc);
+  EXPECT_TRUE(dictionary.validate() && !dictionary.findNode(1));
 }
 
 #if FAILING_MEMORY
