@@ -90,10 +90,7 @@ TYPED_TEST(Matrices, invertWhatIsDegenerate)
   using Matrix = TmatrixOf<Real>;
   const Real edge = Real(sizeof(Real) == 8 ? 1e-15 : 1e-5), behind = std::nextafter(edge, Real(1));
   const Matrix zero = Matrix() * 0, swap(0, 2, 0, 0, 5, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1);
-  struct
-  {
-    Matrix from, inverse;
-  } const cases[] = {
+  const std::pair<Matrix, Matrix> cases[] = {
     {diagonal<Real>(2, 4, 8, 1), diagonal<Real>(0.5, 0.25, 0.125, 1)},
     {diagonal<Real>(-1, 1, 1, 1), diagonal<Real>(-1, 1, 1, 1)},
     {TvectorOf<Real>(1, 2, 3), TvectorOf<Real>(-1, -2, -3)},
@@ -171,15 +168,12 @@ TYPED_TEST(Matrices, standOnAStackAndArePrinted)
   using Matrix = TmatrixOf<TypeParam>;
   TmatrixStackOf<TypeParam> stack;
   Matrix m = Matrix::identity * 5;
-  EXPECT_FALSE(stack.pop(m) || stack.getTop(m));
-  EXPECT_EQ(m, Matrix::identity * 5);
+  EXPECT_FALSE(stack.pop(m) || stack.getTop(m) || m != Matrix::identity * 5);
   for (int i = 1; i <= 9; ++i)
     EXPECT_EQ(stack.push(Matrix() * TypeParam(i)), 0);
+  EXPECT_TRUE(stack.getTop(m) && m == Matrix() * TypeParam(9));
   for (int i = 9; i >= 1; --i)
-  {
-    EXPECT_TRUE(stack.getTop(m) && m == Matrix() * TypeParam(i));
     EXPECT_TRUE(stack.pop(m) && m == Matrix() * TypeParam(i));
-  }
 
   std::ostringstream text;
   TdebugOutput out(text);
