@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -55,13 +56,8 @@ TEST(TiffFile, asksReceiverOrFunctions)
 
 TEST(TiffFile, doesWhatItIsAnswered)
 {
-  const struct
-  {
-    const char* event;
-    int answer; // or 100 and 101: what the callback does
-    int status, error;
-    std::string events;
-  } cases[] = {
+  // What is answered to which event, or 100 and 101: what the callback does; the status and error; what is announced.
+  const std::tuple<const char*, int, int, int, std::string> cases[] = {
     {"", 0, 0, -1, kFirst + kSecond},
     {"BBBB=2 ", 47, 47, -1, "FORM:TEST[AAAA=1 FORM:TEST[BBBB=2 "},
     {"FORM:TEST[", 16, 16, 16, "FORM:TEST["},
@@ -71,19 +67,19 @@ TEST(TiffFile, doesWhatItIsAnswered)
     // Parsed by the callback, the end of the list is announced twice.
     {"LIST:TEST[", 100, 0, -1, kFirst + "LIST:TEST[PROP:TEST[EEEE=5 ]CAT :TEST[]]]]"},
   };
-  for (const auto& each : cases)
+  for (const auto& [at, answer, status, error, events] : cases)
   {
     Recorder recorder;
-    recorder.fAnswer = [&each](const std::string& event, TiffFile& file) {
-      if (event != each.event)
+    recorder.fAnswer = [&at = at, &answer = answer](const std::string& event, TiffFile& file) {
+      if (event != at)
         return 0;
-      return each.answer == 100 ? file.parse() : each.answer == 101 ? file.endReadGroup() + 1 : each.answer;
+      return answer == 100 ? file.parse() : answer == 101 ? file.endReadGroup() + 1 : answer;
     };
     TiffFile file(memoryName(kNested.data(), kNested.size()).c_str(), "r");
     file.setCallbackObject(&recorder);
     flerrno = -1;
-    EXPECT_TRUE(file.parse() == each.status && file.error() == each.error) << each.events;
-    EXPECT_EQ(recorder.fEvents, each.events);
+    EXPECT_TRUE(file.parse() == status && file.error() == error) << events;
+    EXPECT_EQ(recorder.fEvents, events);
   }
 }
 

@@ -1,5 +1,4 @@
 #include "Foundation/Debug/Texception.h"
-#include "Foundation/Iff/FL.h"
 #include "Foundation/Iff/TiffTable.h"
 #include "Foundation/Iff/TiffTagArray.h"
 #include "tests/FailingMemory.h"
@@ -10,7 +9,6 @@
 #include <random>
 #include <sstream>
 #include <string>
-#include <utility>
 
 namespace {
 
@@ -24,33 +22,17 @@ TEST(TiffTag, isANumberHoweverItIsGiven)
   EXPECT_EQ(TiffTag("\xFF\x80"), TiffTag(0xFF800000U));
   EXPECT_TRUE(TiffTag("\xFF") > TiffTag("ZZZZ"));
   EXPECT_EQ(TiffTag(static_cast<const char*>(nullptr)), TiffTag(0));
+  EXPECT_EQ(TiffTag::kLIS8 & TiffTag::kGMSK, TiffTag::kLISx);
   std::ostringstream out;
   out << TiffTag::kCAT << TiffTag::kLISx << TiffTag("\x1F~\x7F\\") << TiffTag("\xE9");
   EXPECT_EQ(out.str(), "CAT LIS\\x00\\x1F~\\x7F\\x5C\\xE9\\x00\\x00\\x00");
-}
-
-TEST(TiffTag, maskGivesTheFamilyThatTheEngineSees)
-{
-  const std::pair<TiffTag, unsigned> families[] = {
-    {TiffTag::kFORx, kFLidForm}, {TiffTag::kCATx, kFLidCat}, {TiffTag::kLISx, kFLidList}, {TiffTag::kPROx, kFLidProp}};
-  for (const TiffTag member :
-       {TiffTag::kFORM, TiffTag::kFOR4, TiffTag::kFOR8, TiffTag::kCAT, TiffTag::kCAT4, TiffTag::kCAT8, TiffTag::kLIST,
-        TiffTag::kLIS4, TiffTag::kLIS8, TiffTag::kPROP, TiffTag::kPRO4, TiffTag::kPRO8})
-  {
-    for (const auto& [family, flag] : families)
-      EXPECT_EQ((FLidflags(member.value()) & flag) != 0, (member & TiffTag::kGMSK) == family) << member;
-  }
 }
 
 TEST(TiffTagArray, findsAnIndex)
 {
   TiffTagArray tags{TiffTag::kNAME, TiffTag::kBODY, TiffTag::kNAME};
   EXPECT_EQ(tags.remove(TiffTag::kNAME), 0);
-  EXPECT_EQ(tags.find("NAME"), 1);
-  EXPECT_EQ(tags.find(TiffTag::kCAT), -1);
-  unsigned int index = 7;
-  EXPECT_EQ(tags.find(TiffTag::kCAT, index), long(Tarray::kNotFound));
-  EXPECT_EQ(index, 2U);
+  EXPECT_TRUE(tags.find("NAME") == 1 && tags.find(TiffTag::kCAT) == -1);
 }
 
 TEST(TiffTable, holdsWhatAModelHolds)
@@ -81,13 +63,11 @@ TEST(TiffTable, holdsWhatAModelHolds)
       found[each.key().value()] = *table.find(each.key());
     ASSERT_TRUE(table.validate() && found == model && table.entryCount() == model.size()) << step;
   }
-  table.insert(7, nullptr); // beside what is there
-  table.insert(7, reinterpret_cast<Tmetaclass*>(records));
-  EXPECT_TRUE(*table.find(7) && table.remove(7) && !*table.find(7));
-  TiffTable::Iterator at(table);
-  at.appendAllTo(other);
+  const TiffTable::Iterator at(table);
   at.appendAllTo(table); // no change
-  EXPECT_TRUE(table.entryCount() == other.entryCount() && table.entryCount() > 3);
+  for (int i = 0; i < 2; ++i)
+    at.appendAllTo(other); // beside what is there
+  EXPECT_EQ(other.entryCount(), 2 * model.size());
   other.clearall();
   EXPECT_TRUE(other.entryCount() == 0 && other.bucketCount() > 8);
   other.reset();
