@@ -46,14 +46,13 @@ TEST(Tmetaclass, KnowsItsKin)
   for (int i = 0; i < 5; ++i)
   {
     const Tmetaclass& record = *lattice.pointers[i];
-    std::string byRecord, byName;
+    std::string kin;
     for (const Tmetaclass* other : lattice.pointers)
     {
-      byRecord.append(other->name(), record.isa(other));
-      byName.append(other->name(), record.isa(other->name()));
+      kin.append(other->name(), record.isa(other));
+      EXPECT_EQ(record.isa(other->name()), record.isa(other));
     }
-    EXPECT_EQ(byRecord, expected[i]);
-    EXPECT_EQ(byName, expected[i]);
+    EXPECT_EQ(kin, expected[i]);
     EXPECT_FALSE(record.isa(&lattice.between.back()) || record.isa("stranger"));
   }
   EXPECT_FALSE(lattice.wide.super(4));

@@ -60,8 +60,8 @@ TEST(TserverMsg, isMadeByItsRecord)
                              TviewRegionModifiedMsg::fTypeid, TmaxViewRegionModifiedMsg::fTypeid})
   {
     const std::unique_ptr<TserverMsg> msg(static_cast<TserverMsg*>(TserverMsg::construct(record)));
-    EXPECT_TRUE(*msg == record && msg->cast(record) == msg.get() && msg->cast(TserverMsg::fTypeid) == msg.get());
-    EXPECT_FALSE(msg->cast(Tclient::fTypeid));
+    EXPECT_TRUE(*msg == record && msg->cast(record) == msg.get() && msg->cast(TserverMsg::fTypeid) == msg.get() &&
+                !msg->cast(Tclient::fTypeid));
   }
   for (Tmetaclass* other : {TserverMsg::fTypeid, Tclient::fTypeid, static_cast<Tmetaclass*>(nullptr)})
     EXPECT_FALSE(TserverMsg::construct(other) || TconditionOnMsg::construct(TserverModifiedMsg::fTypeid));
