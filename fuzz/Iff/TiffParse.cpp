@@ -20,12 +20,11 @@ using Event = std::tuple<TuInt32, TuInt32, Tint64, int>; // id, type or size, po
 class Walk : public TiffParserCallback
 {
 public:
-  Walk(Medium medium, const std::string& bytes, const unsigned char* program, std::size_t length, bool recurses)
+  Walk(Medium medium, const std::string& bytes, const std::string& program, bool recurses)
     : fHeld(medium, bytes, true)
     , fFile(fHeld.name(), "r")
     , fProgram(program)
-    , fLength(length)
-    , fMost(64 * (bytes.size() + length + 8))
+    , fMost(64 * (bytes.size() + program.size() + 8))
     , fRecurses(recurses)
   {
     REQUIRE(fFile.isActive());
@@ -46,8 +45,8 @@ public:
 private:
   Held fHeld;
   TiffFile fFile;
-  const unsigned char* fProgram;
-  std::size_t fLength, fMost;
+  std::string fProgram;
+  std::size_t fMost;
   bool fRecurses;
   std::vector<Event> fEvents; // and at last the outcome
 
@@ -90,7 +89,7 @@ private:
     const std::size_t number = fEvents.size();
     REQUIRE(number < fMost);
     fEvents.emplace_back(id, detail, FLtell(fFile.file()), 0);
-    const unsigned code = number < fLength ? fProgram[number] : 0;
+    const unsigned code = number < fProgram.size() ? static_cast<unsigned char>(fProgram[number]) : 0;
     constexpr long kCounts[] = {0, 1, 2, 4, 7, 12, 64, 300, 5000, -1};
     const long count = kCounts[(code >> 4) % std::size(kCounts)];
     static unsigned char buffer[5000];
@@ -130,8 +129,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     return 0;
   const Medium medium = Medium(data[0] % kMedia);
   const std::size_t length = std::min<std::size_t>(data[1], size - 2);
-  const std::string bytes(data + 2 + length, data + size);
-  const Walk walk(medium, bytes, data + 2, length, false);
-  REQUIRE(walk.events() == Walk(medium, bytes, data + 2, length, true).events());
+  const std::string program(data + 2, data + 2 + length), bytes(data + 2 + length, data + size);
+  REQUIRE(Walk(medium, bytes, program, false).events() == Walk(medium, bytes, program, true).events());
   return 0;
 }
