@@ -148,7 +148,7 @@ TEST(RotateXYZ, isThreeTurnsInItsOrder)
 // A matrix of some rank, with rows and columns of quite different lengths, mirrored or not.
 T4dDblMatrix trialMatrix(Random& random, int number)
 {
-  T4dDblMatrix m = random.affine<double>();
+  T4dDblMatrix m = random.matrix<double>(true);
   const auto at = [number](int digit) { return number / digit % 10; };
   if (at(1) < 2) // the rank
   {
