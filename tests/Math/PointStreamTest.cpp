@@ -97,12 +97,10 @@ TYPED_TEST(PointStream, findsBounds)
     for (std::size_t count = 0; count < 200; ++count)
     {
       const std::vector<Point> points = valuesOf<Point>(random, count);
-      Point low(1, 2, 3), high(4, 5, 6), least, greatest;
+      Point low(1, 2, 3), high(4, 5, 6), least(INFINITY, INFINITY, INFINITY), greatest(-INFINITY, -INFINITY, -INFINITY);
       bool any = true;
       for (unsigned int j = 0; j < 3; ++j)
       {
-        least[j] = INFINITY;
-        greatest[j] = -INFINITY;
         for (const Point& p : points)
         {
           least[j] = std::fmin(least[j], p[j]);
