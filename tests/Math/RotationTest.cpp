@@ -145,27 +145,23 @@ TEST(RotateXYZ, isThreeTurnsInItsOrder)
   }
 }
 
-// A matrix of some rank, with rows and columns of quite different lengths, mirrored or not.
+// A matrix of some rank, with columns of quite different lengths, mirrored or not.
 T4dDblMatrix trialMatrix(Random& random, int number)
 {
   T4dDblMatrix m = random.matrix<double>(true);
-  const auto at = [number](int digit) { return number / digit % 10; };
-  if (at(1) < 2) // the rank
+  const int kind = number % 10, power = number / 10 % 10;
+  const unsigned int row = unsigned(power) % 3;
+  for (unsigned int j = 0; j < 3; ++j)
   {
-    for (unsigned int j = 0, row = unsigned(at(10)) % 3; j < 3; ++j)
-      m[row][j] = at(1) == 0 ? 0 : m[(row + 1) % 3][j] * 3;
-  }
-  if (at(1) == 2) // nearly of a lower rank
-  {
-    for (unsigned int j = 0; j < 3; ++j)
-      m[2][j] = m[0][j] + m[1][j] + m[2][j] * std::pow(0.1, at(10) * 2);
-  }
-  if (at(1) == 3)
-    m = T4dDblMatrix() * TvectorOf<double>(1, 2, 3);
-  if (at(1) > 7)
-  {
-    for (unsigned int i = 0; i < 9; ++i)
-      m[i / 3][i % 3] *= std::pow(10, (at(10) - 5) * int(i % 3));
+    const double next = m[(row + 1) % 3][j], last = m[(row + 2) % 3][j];
+    if (kind == 0)
+      m[row][j] = 0;
+    else if (kind == 1)
+      m[row][j] = next * 3;
+    else if (kind == 2) // nearly of a lower rank
+      m[row][j] = next + last + m[row][j] * std::pow(0.1, power * 2);
+    for (unsigned int i = 0; i < 3 && kind > 7; ++i)
+      m[i][j] *= std::pow(10, (power - 5) * int(j));
   }
   return m;
 }

@@ -63,8 +63,8 @@ TEST(TserverMsg, isMadeByItsRecord)
     EXPECT_TRUE(*msg == record && msg->cast(record) == msg.get() && msg->cast(TserverMsg::fTypeid) == msg.get() &&
                 !msg->cast(Tclient::fTypeid));
   }
-  for (Tmetaclass* other : {TserverMsg::fTypeid, Tclient::fTypeid, static_cast<Tmetaclass*>(nullptr)})
-    EXPECT_FALSE(TserverMsg::construct(other) || TconditionOnMsg::construct(TserverModifiedMsg::fTypeid));
+  EXPECT_FALSE(TserverMsg::construct(TserverMsg::fTypeid) || TserverMsg::construct(Tclient::fTypeid) ||
+               TserverMsg::construct(nullptr) || TconditionOnMsg::construct(TserverModifiedMsg::fTypeid));
 }
 
 TEST(TdelayedClientServer, holdsMessagesBack)
