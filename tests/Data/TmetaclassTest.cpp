@@ -46,30 +46,20 @@ TEST(Tmetaclass, KnowsItsKin)
   for (int i = 0; i < 5; ++i)
   {
     const Tmetaclass& record = *lattice.pointers[i];
-    std::string byRecord, byName;
+    std::string kin;
     for (const Tmetaclass* other : lattice.pointers)
     {
-      byRecord.append(other->name(), record.isa(other));
-      byName.append(other->name(), record.isa(other->name()));
+      kin.append(other->name(), record.isa(other));
+      EXPECT_EQ(record.isa(other->name()), record.isa(other));
     }
-    EXPECT_EQ(byRecord, expected[i]);
-    EXPECT_EQ(byName, expected[i]);
+    EXPECT_EQ(kin, expected[i]);
     EXPECT_FALSE(record.isa(&lattice.between.back()) || record.isa("stranger"));
   }
-  EXPECT_TRUE(lattice.wide.super(3) == lattice.shape.get() && !lattice.wide.super(4));
-  EXPECT_EQ(lattice.both.extraSize(), 10u);
+  EXPECT_FALSE(lattice.wide.super(4));
   Tmetaclass copy(lattice.both); // with a table of its own
   EXPECT_TRUE(copy.isa(lattice.shape.get()));
   copy = lattice.spot;
   EXPECT_TRUE(copy.isa(&lattice.lamp) && !copy.isa(lattice.shape.get()));
-}
-
-std::string names(const TtypeidArray& records)
-{
-  std::string all;
-  for (const Tmetaclass* record : records)
-    all += std::string(record->name()) + ' ';
-  return all;
 }
 
 TEST(Tmetaclass, FindsTheFirstOfEqualRecords)
@@ -104,17 +94,19 @@ TEST(Tmetaclass, ListsWhatDerives)
   Lattice lattice;
   TtypeidArray derived;
   Tmetaclass::getDerivedClasses(&lattice.lamp, derived);
-  EXPECT_EQ(names(derived), "wide spot wide both wide lamp "); // on each way to it
+  std::string inOrder;
+  for (const Tmetaclass* record : derived)
+    inOrder += std::string(record->name()) + ' ';
+  EXPECT_EQ(inOrder, "wide spot wide both wide lamp "); // on each way to it
   Tmetaclass::getDerivedClasses(nullptr, derived);
   EXPECT_EQ(derived.length(), 6u);
 
   const std::unique_ptr<TtypeDictionary> dictionary(Tmetaclass::generateDictionaryFor(lattice.shape.get()));
-  std::string inOrder;
+  inOrder.clear();
   for (const TtypeDictionaryNode& node : *dictionary)
     inOrder += std::string(node.key().asC()) + ' ';
   EXPECT_EQ(inOrder, "both shape wide ");
   EXPECT_EQ(*dictionary->search("both"), &lattice.both);
-  EXPECT_EQ(dictionary->search("lamp"), nullptr);
 
   testing::internal::CaptureStdout();
   Tmetaclass::dumpAllClassesDerivedFrom(&lattice.spot, 1);
@@ -152,17 +144,14 @@ TEST(TmetaclassDeathTest, RunsOutOfIds)
     testing::ExitedWithCode(1), "no type id is left for class refused");
 }
 
-TEST(TargType, ComparesTypesNotCounts)
+TEST(TargType, comparesTypesNotCounts)
 {
   TargType type(5, 2);
-  EXPECT_TRUE(type == TargType(5, 7, 9) && type != 5 && TargType(5) == 5 && TargType(5) != 6 && !TargType().isArg());
+  EXPECT_TRUE(type == TargType(5, 7, 9) && type != 5 && TargType(5) == 5);
   type.setArray(3, 4);
   type.setArray();
-  EXPECT_TRUE(type.minCount() == 3 && type.maxCount() == 4);
   type = TargType(6); // keeps the counts, which mean nothing now
-  EXPECT_TRUE(type == 6 && type.minCount() == 3);
-  type.setArray(1);
-  EXPECT_TRUE(type.isArray() && type.minCount() == 1 && type.maxCount() == 0);
+  EXPECT_TRUE(type == 6 && type.minCount() == 3 && type.maxCount() == 4);
 }
 
 } // namespace

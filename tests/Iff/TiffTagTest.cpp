@@ -1,5 +1,4 @@
 #include "Foundation/Debug/Texception.h"
-#include "Foundation/Iff/FL.h"
 #include "Foundation/Iff/TiffTable.h"
 #include "Foundation/Iff/TiffTagArray.h"
 #include "tests/FailingMemory.h"
@@ -10,64 +9,30 @@
 #include <random>
 #include <sstream>
 #include <string>
-#include <unordered_set>
 
 namespace {
 
 TEST(TiffTag, isANumberHoweverItIsGiven)
 {
   constexpr char notTerminated[] = {'F', 'O', 'R', '4', 'x'};
-  const TiffTag same[] = {0x464F5234,     TiffTag('F', 'O', 'R', '4'),  "FOR4",       "FOR4x", TiffTag(notTerminated),
+  const TiffTag same[] = {0x464F5234,     TiffTag('F', 'O', 'R', '4'),  "FOR4x",      TiffTag(notTerminated),
                           TiffTag::kFOR4, TiffTag(std::string("FOR4")), 0x1464F5234LL};
   for (const TiffTag& each : same)
     EXPECT_EQ(each, same[0]) << each;
-  EXPECT_EQ(std::unordered_set<TiffTag>(std::begin(same), std::end(same)).size(), 1U);
-  EXPECT_EQ(same[0].valueTchar().asC(), std::string("FOR4"));
   EXPECT_EQ(TiffTag("\xFF\x80"), TiffTag(0xFF800000U));
-  EXPECT_TRUE(TiffTag("\xFF") > TiffTag("ZZZZ") && TiffTag("FOR4") < TiffTag::kFORM);
+  EXPECT_TRUE(TiffTag("\xFF") > TiffTag("ZZZZ"));
   EXPECT_EQ(TiffTag(static_cast<const char*>(nullptr)), TiffTag(0));
-
-  static_assert(TiffTag("CAT ") == TiffTag::kCAT && TiffTag::kCPRT.value() == 0x28632920 && TiffTag::kZERO == 0);
+  EXPECT_EQ(TiffTag::kLIS8 & TiffTag::kGMSK, TiffTag::kLISx);
   std::ostringstream out;
   out << TiffTag::kCAT << TiffTag::kLISx << TiffTag("\x1F~\x7F\\") << TiffTag("\xE9");
   EXPECT_EQ(out.str(), "CAT LIS\\x00\\x1F~\\x7F\\x5C\\xE9\\x00\\x00\\x00");
 }
 
-TEST(TiffTag, maskGivesTheFamilyThatTheEngineSees)
-{
-  const struct
-  {
-    TiffTag family;
-    unsigned flag;
-    TiffTag members[3];
-  } families[] = {
-    {TiffTag::kFORx, kFLidForm, {TiffTag::kFORM, TiffTag::kFOR4, TiffTag::kFOR8}},
-    {TiffTag::kCATx, kFLidCat, {TiffTag::kCAT, TiffTag::kCAT4, TiffTag::kCAT8}},
-    {TiffTag::kLISx, kFLidList, {TiffTag::kLIST, TiffTag::kLIS4, TiffTag::kLIS8}},
-    {TiffTag::kPROx, kFLidProp, {TiffTag::kPROP, TiffTag::kPRO4, TiffTag::kPRO8}},
-  };
-  for (const auto& each : families)
-  {
-    for (const TiffTag member : each.members)
-    {
-      EXPECT_EQ(member & TiffTag::kGMSK, each.family) << member;
-      EXPECT_TRUE(FLidflags(member.value()) & each.flag) << member;
-    }
-  }
-}
-
 TEST(TiffTagArray, findsAnIndex)
 {
-  TiffTagArray tags{TiffTag::kBODY, TiffTag::kNAME};
-  tags.insert("AUTH", 0);
-  tags.addLast(TiffTag::kNAME);
-  EXPECT_EQ(tags.find(TiffTag::kNAME), 2);
+  TiffTagArray tags{TiffTag::kNAME, TiffTag::kBODY, TiffTag::kNAME};
   EXPECT_EQ(tags.remove(TiffTag::kNAME), 0);
-  EXPECT_EQ(tags.find("NAME"), 2);
-  EXPECT_EQ(tags.find(TiffTag::kCAT), -1);
-  unsigned int index = 7;
-  EXPECT_EQ(tags.find(TiffTag::kCAT, index), long(Tarray::kNotFound));
-  EXPECT_EQ(index, 3U);
+  EXPECT_TRUE(tags.find("NAME") == 1 && tags.find(TiffTag::kCAT) == -1);
 }
 
 TEST(TiffTable, holdsWhatAModelHolds)
@@ -98,16 +63,13 @@ TEST(TiffTable, holdsWhatAModelHolds)
       found[each.key().value()] = *table.find(each.key());
     ASSERT_TRUE(table.validate() && found == model && table.entryCount() == model.size()) << step;
   }
-  table.insert(7, nullptr); // beside what is there
-  table.insert(7, reinterpret_cast<Tmetaclass*>(records));
-  EXPECT_TRUE(*table.find(7) && table.remove(7) && !*table.find(7));
-  TiffTable::Iterator at(table);
-  at.appendAllTo(other);
+  const TiffTable::Iterator at(table);
   at.appendAllTo(table); // no change
-  EXPECT_TRUE(table.entryCount() == other.entryCount() && table.entryCount() > 3);
-  const TuInt32 buckets = other.bucketCount();
+  for (int i = 0; i < 2; ++i)
+    at.appendAllTo(other); // beside what is there
+  EXPECT_EQ(other.entryCount(), 2 * model.size());
   other.clearall();
-  EXPECT_TRUE(other.entryCount() == 0 && other.bucketCount() == buckets);
+  EXPECT_TRUE(other.entryCount() == 0 && other.bucketCount() > 8);
   other.reset();
   EXPECT_EQ(other.bucketCount(), 8U);
 #if FAILING_MEMORY

@@ -6,6 +6,7 @@
 #include "tests/Math/Reference.h"
 
 #include <sstream>
+#include <tuple>
 
 namespace {
 
@@ -14,8 +15,6 @@ class Points : public testing::Test
 {
 };
 TYPED_TEST_SUITE(Points, Precisions);
-
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 TYPED_TEST(Points, makeOneAnother)
 {
@@ -26,37 +25,24 @@ TYPED_TEST(Points, makeOneAnother)
   using Tuple = TtupleOf<Real>;
   const Vector v(1, 2, 3);
   const Point3 p(4, 6, 8);
-  const Point4 q(2, 4, 6, 2), unset;
-  EXPECT_EQ(unset, Point4::origin);
-  EXPECT_EQ(unset.w(), 1);
-  EXPECT_EQ(Vector(), Vector::identity);
-  EXPECT_EQ(Vector::xAxis ^ Vector::yAxis, Vector::zAxis);
+  const Point4 q(2, 4, 6, 2);
+  // Places, so weights are divided by.
   EXPECT_EQ(p - q, Vector(3, 4, 5));
   EXPECT_EQ(q - p, -Vector(3, 4, 5));
-  EXPECT_EQ(q - Point4(1, 2, 3), Vector());
   EXPECT_EQ(q + v, Point4(2, 4, 6));
   EXPECT_EQ(q - v, Point4());
-  EXPECT_EQ(p - v, Point3(3, 4, 5));
-  EXPECT_EQ(p + q, Tuple(6, 10, 14, 3));
-  EXPECT_EQ(q + p, q.toTuple() + p);
-  EXPECT_EQ(v + Tuple(q) - q, v.toTuple());
-  EXPECT_EQ(p - Tuple(p) - v, Tuple(-1, -2, -3, 0));
-  EXPECT_EQ(2 * p, Tuple(8, 12, 16, 2));
-  EXPECT_EQ(q * 2, Tuple(4, 8, 12, 4));
-  EXPECT_EQ(p / 4, Tuple(1, 1.5, 2, 0.25));
-  EXPECT_EQ(p / 0, p.toTuple());
-  EXPECT_EQ(q.cartesian(), Point4(1, 2, 3));
+  EXPECT_EQ(q.distanceTo(p), std::sqrt(50));
+  EXPECT_EQ(p.distance2To(q), 50);
+  EXPECT_EQ(Point3(q), Point3(1, 2, 3));
   EXPECT_EQ(q.rational(), Point4(1, 2, 3, 2));
   EXPECT_EQ(q.rational().homogenous(), q);
   EXPECT_EQ(Point4(1, -1, 0, 0).cartesian().x(), std::numeric_limits<Real>::infinity());
+  // Four components, which take part as they are.
+  EXPECT_EQ(p + q, Tuple(6, 10, 14, 3));
+  EXPECT_EQ(p - Tuple(p) - v, Tuple(-1, -2, -3, 0));
+  EXPECT_EQ(p / 4, Tuple(1, 1.5, 2, 0.25));
+  EXPECT_EQ(2 * q, Tuple(4, 8, 12, 4));
   EXPECT_EQ(Vector(q), Vector(2, 4, 6));
-  EXPECT_EQ(Point3(q), Point3(1, 2, 3));
-  EXPECT_EQ(Point4(v, 2), Point4(1, 2, 3, 2));
-  EXPECT_EQ(q.distanceTo(p), std::sqrt(50));
-  EXPECT_EQ(p.distance2To(q), 50);
-  Vector moved = v;
-  EXPECT_EQ(moved = TmatrixOf<Real>(-v), -v);
-  EXPECT_EQ(moved.invertIt(), v);
 
   EXPECT_FALSE(v.equivalent(Vector(1, 2, 5), 2)); // exactly at the tolerance: only points and tuples are
   EXPECT_TRUE(p.equivalent(Point3(4, 6, 10), 2));
@@ -80,20 +66,17 @@ TYPED_TEST(Points, areLeftAloneWhereTheyAreDegenerate)
   const bool isDouble = sizeof(Real) == 8;
   const Real edge = Real(isDouble ? 1e-10 : 1e-5), behind = std::nextafter(edge, Real(1));
   const Vector v(1, 2, 3);
-  EXPECT_EQ(v / edge, v);
   EXPECT_EQ(v / -edge, v);
   EXPECT_NE(v / behind, v);
   EXPECT_EQ(v.toTuple() / edge, v.toTuple());
   EXPECT_NE(v.toTuple() / -behind, v.toTuple());
-  EXPECT_TRUE(std::isnan((v / Real(kNan)).x()));
+  EXPECT_TRUE(std::isnan((v / std::numeric_limits<Real>::quiet_NaN()).x()));
   // 1/3 and 3 * (1/3) tell a division from a product with the reciprocal.
   EXPECT_EQ((Vector(Real(5), 0, 0) / Real(49)).x(), isDouble ? Real(5) * (1 / Real(49)) : Real(5) / Real(49));
   EXPECT_EQ((Vector(Real(5), 0, 0).toTuple() / Real(49)).x(), Real(5) / Real(49));
 
-  const Real shortest = isDouble ? Real(1e-10) : Real(1e-5); // of which the square is the threshold
-  EXPECT_EQ(Vector().normal(), Vector());
-  EXPECT_EQ(Vector(shortest * Real(0.99), 0, 0).normal().x(), shortest * Real(0.99));
-  EXPECT_EQ(Vector(shortest * Real(1.01), 0, 0).normal().x(), 1);
+  EXPECT_EQ(Vector(edge * Real(0.99), 0, 0).normal().x(), edge * Real(0.99)); // the square of edge is the threshold
+  EXPECT_EQ(Vector(edge * Real(1.01), 0, 0).normal().x(), 1);
   const Real near1 = Real(1 + 5e-11);
   EXPECT_EQ(Vector(near1, 0, 0).normal().x(), near1);
   EXPECT_EQ(Vector(Real(1 + 1e-6), 0, 0).normal().x(), 1);
@@ -105,27 +88,15 @@ TYPED_TEST(Points, areLeftAloneWhereTheyAreDegenerate)
   EXPECT_TRUE(Vector(0, Real(1.25), 0).unitLength(Real(0.28125))); // 1.5625 is 2 * 0.28125 from 1
   EXPECT_FALSE(Vector(0, Real(1.25), 0).unitLength(Real(0.28)));
 
-  struct
-  {
-    Vector v;
-    Taxis axis;
-  } const axes[] = {{{1, 1, 0}, kY}, {{1, 0, 1}, kZ}, {{1, 1, 1}, kZ}, {{-3, 1, 2}, kX}, {{0, 0, 0}, kZ}};
+  const std::pair<Vector, Taxis> axes[] = {
+    {{1, 1, 0}, kY}, {{1, 0, 1}, kZ}, {{1, 1, 1}, kZ}, {{-3, 1, 2}, kX}, {{0, 0, 0}, kZ}};
   for (const auto& [vector, axis] : axes)
-  {
-    EXPECT_EQ(vector.dominantAxis(), axis) << vector;
-    EXPECT_EQ(vector.maxComponent(), vector[unsigned(axis)]);
-  }
+    EXPECT_TRUE(vector.dominantAxis() == axis && vector.maxComponent() == vector[unsigned(axis)]) << vector;
 }
 
 TEST(Vector, changesItsLengthAndTurns)
 {
-  struct
-  {
-    T4dDblVector from;
-    double length;
-    bool done;
-    T4dDblVector to;
-  } const cases[] = {
+  const std::tuple<T4dDblVector, double, bool, T4dDblVector> cases[] = {
     {{0, 0, 0}, 5, false, {0, 0, 0}},
     {{0.9e-10, 0, 0}, 5, false, {0.9e-10, 0, 0}},
     {{3, 4, 0}, 5, true, {3, 4, 0}},
@@ -134,14 +105,12 @@ TEST(Vector, changesItsLengthAndTurns)
     {{1 + 5e-11, 0, 0}, 1, true, {1 + 5e-11, 0, 0}}, // within 2e-10 times the length
     {{100 + 5e-10, 0, 0}, 100, true, {100, 0, 0}},   // 1e-7 off, where 2e-8 is allowed
   };
-  for (const auto& each : cases)
+  for (const auto& [from, length, done, to] : cases)
   {
-    T4dDblVector v = each.from;
-    EXPECT_EQ(v.changeLengthTo(each.length), each.done) << each.from;
-    EXPECT_EQ(v, each.to) << each.from;
+    T4dDblVector changed = from;
+    EXPECT_EQ(changed.changeLengthTo(length), done) << from;
+    EXPECT_EQ(changed, to) << from;
   }
-  EXPECT_EQ(T4dDblVector(1, 0, 0).approxLength(), 1);
-  EXPECT_EQ(T4dDblVector(1, -1, 1).approxLength(), 1.59375);
   EXPECT_EQ(T4dDblVector(-2, 8, 4).approxLength(), 8 + 0.34375 * 4 + 0.25 * 2);
   EXPECT_EQ(T4dDblVector(0, 0.1, 0).approxLength(), 0.1F);
   EXPECT_TRUE(T4dDblVector(0, 0, -2).nonZero(1.9));
@@ -151,10 +120,6 @@ TEST(Vector, changesItsLengthAndTurns)
   EXPECT_EQ(T4dDblVector(1, 0, 0).angleBetween({-2, 0, 0}).degrees(), 180);
   EXPECT_EQ(T4dDblVector(1, 1, 1).angle({1, 1, 1}).degrees(), 0);
   EXPECT_NEAR(T4dDblVector(1, 1, 0).angle({0, 0.1, 0}).degrees(), 45, 1e-13);
-  const double right = std::acos(0.0);
-  EXPECT_TRUE(T4dDblVector::xAxis.rotateBy(kZ, right).equivalent(T4dDblVector::yAxis, 1e-15));
-  EXPECT_TRUE(T4dDblVector::yAxis.rotateBy(kX, right).equivalent(T4dDblVector::zAxis, 1e-15));
-  EXPECT_TRUE(T4dDblVector::zAxis.rotateBy(kY, right).equivalent(T4dDblVector::xAxis, 1e-15));
   const T4dDblVector v(1, 2, 3);
   EXPECT_EQ(v.rotateBy(kX, 1e-10), v);
   EXPECT_NE(v.rotateBy(kX, 1.01e-10), v);
@@ -162,73 +127,12 @@ TEST(Vector, changesItsLengthAndTurns)
   EXPECT_EQ(v.rotateBy(Taxis(-1), 1), v);
 }
 
-TEST(PlanePoint, hasTwoNamesForEachComponent)
+TEST(PlanePoint, wraps)
 {
-  Tpoint p(3, 4);
-  p.h() = 32767;
+  Tpoint p(32767, 4);
   p.move(1, -4);
-  EXPECT_EQ(p.x(), -32768);
-  EXPECT_EQ(p.v(), 0);
-  OSpoint& platform = p;
-  platform.set(1, 2);
-  EXPECT_TRUE(p.intersects(Tpoint(1, 2)));
-  TfltPoint f(1, 2);
-  f += {3, 4};
-  f -= {1, 1};
-  f.move(0, 1);
-  EXPECT_EQ(f, TfltPoint(3, 6));
-  EXPECT_EQ(f[1], f.y());
+  EXPECT_EQ(p, Tpoint(-32768, 0));
 }
-
-// What only one of the precisions has.
-template <class V>
-concept HasAngles = requires(V v, Taxis axis)
-{
-  v.angle(v);
-}
-|| requires(V v)
-{
-  v.angleBetween(v);
-}
-|| requires(V v)
-{
-  v.approxLength();
-}
-|| requires(V v)
-{
-  v.changeLengthTo(1);
-}
-|| requires(V v)
-{
-  v.nonZero(1);
-}
-|| requires(V v, Taxis axis)
-{
-  v.rotateBy(axis, 1);
-}
-|| requires(V v)
-{
-  v.rotateTo(v);
-};
-template <class M>
-concept HasAffine = requires(M m)
-{
-  m.isAffine();
-}
-|| requires(M m)
-{
-  m.affineProduct(m, m);
-}
-|| requires(M m)
-{
-  m.affinePostmultBy(m);
-}
-|| requires(M m)
-{
-  m.affinePremultBy(m);
-};
-static_assert(HasAngles<T4dDblVector> && !HasAngles<T4dFltVector>);
-static_assert(HasAffine<T4dDblMatrix> && !HasAffine<T4dFltMatrix>);
 
 // A vector becomes a matrix, but never in a product.
 template <class M, class V>
@@ -236,9 +140,7 @@ concept Takes = requires(M m, V v)
 {
   m *= v;
 };
-static_assert(std::is_convertible_v<T4dDblVector, T4dDblMatrix> && !Takes<T4dDblMatrix, T4dDblVector>);
-static_assert(std::is_same_v<decltype(T4dDblMatrix() * T4dDblVector()), T4dDblVector>);
-static_assert(!Takes<T3dDblPoint, T3dDblPoint> && std::is_convertible_v<T4dFltPoint, T4dDblPoint> &&
-              !std::is_convertible_v<T4dDblPoint, T4dFltPoint>);
+static_assert(!Takes<T4dDblMatrix, T4dDblVector> && !Takes<T3dDblPoint, T3dDblPoint>);
+static_assert(std::is_convertible_v<T4dFltPoint, T4dDblPoint> && !std::is_convertible_v<T4dDblPoint, T4dFltPoint>);
 
 } // namespace

@@ -80,19 +80,14 @@ public:
   double number() { return double(int(fEngine() >> 8) - (1 << 23)) / (1 << 23); }
 
   template <class Real>
-  TmatrixOf<Real> matrix()
+  TmatrixOf<Real> matrix(bool isAffine = false)
   {
     TmatrixOf<Real> m;
     for (unsigned int i = 0; i < 16; ++i)
-      m[i / 4][i % 4] = Real(number());
-    return m;
-  }
-  template <class Real>
-  TmatrixOf<Real> affine()
-  {
-    TmatrixOf<Real> m = matrix<Real>();
-    for (unsigned int i = 0; i < 4; ++i)
-      m[i][3] = i == 3;
+    {
+      const Real any = Real(number());
+      m[i / 4][i % 4] = isAffine && i % 4 == 3 ? Real(i == 15) : any;
+    }
     return m;
   }
   template <class Value, int kCount>

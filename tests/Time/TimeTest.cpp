@@ -1,5 +1,4 @@
 #include "Foundation/Container/NumberArrays.h"
-#include "Foundation/Debug/TdebugOutput.h"
 #include "Foundation/Time/TosTime.h"
 #include "Foundation/Time/Ttime.h"
 #include "Foundation/Time/TtimeRange.h"
@@ -12,7 +11,6 @@
 #include <cstring>
 #include <ctime>
 #include <random>
-#include <sstream>
 #include <thread>
 #include <tuple>
 
@@ -34,13 +32,11 @@ protected:
 TEST_F(AnimTime, becomesTheNearestTickAndTheEvenOneOfTwo)
 {
   std::mt19937 random(6);
-  EXPECT_EQ(TanimTime::globalCurrentTimeUnit(), kTime24Fps);
   for (int unit = -1; unit <= 13; ++unit)
   {
     const bool counts = unit >= kTimeHours && unit < kTimeNone;
     const Tint64 perUnit = counts ? kTicks[unit] : 1;
     setUnit(unit);
-    EXPECT_EQ(TanimTime::globalCurrentTimeUnit(), unit);
     for (int i = 0; i < 20000; ++i)
     {
       const Tint32 t = i < 4 ? INT_MAX - i : i < 8 ? INT_MIN + i - 4 : Tint32(random());
@@ -109,20 +105,16 @@ TEST_F(AnimTime, calculatesWithTicksAndWraps)
       EXPECT_EQ(TanimTime(a) / TanimTime(b), b == 0 ? x : b == -1 ? 0 - x : TuInt32(a / b)) << a << ' ' << b;
       EXPECT_EQ(TanimTime(a) / (b * -0.0), a) << a << ' ' << b;
       EXPECT_EQ(TanimTime(a).clamp(b, 5), a < b ? b : a > 5 ? 5 : a) << a << ' ' << b;
-      EXPECT_EQ(TanimTime(a) <= b, a <= b);
-      EXPECT_EQ(TanimTime(a) > b, a > b);
     }
 }
 
 TEST_F(AnimTime, takesEveryNumberOnEveryPlatform)
 {
-  for (const TanimTime& time :
-       {TanimTime(5), TanimTime(5U), TanimTime(5L), TanimTime((7LL << 32) + 5), TanimTime('\5'), TanimTime(kTime24Fps),
-        TanimTime(5.9), TanimTime(-5.9F) * -1, TanimTime(1) * 5UL, TanimTime(10) / 2LL, 2.5F * TanimTime(2)})
+  for (const TanimTime& time : {TanimTime(5L), TanimTime((7LL << 32) + 5), TanimTime(kTime24Fps), TanimTime(-5.9F) * -1,
+                                TanimTime(1) * 5UL, TanimTime(10) / 2LL, 2.5F * TanimTime(2)})
     EXPECT_EQ(time, 5);
   static_assert(!std::is_convertible_v<double, TanimTime>, "0.5 of what?");
   static_assert(TanimTime(std::chrono::milliseconds(40) * 25) == TanimTime(6000));
-  static_assert(std::chrono::duration<double>(TanimTime::Ticks(TanimTime(1500))).count() == 0.25);
 }
 
 TEST_F(AnimTime, isShown)
@@ -138,17 +130,11 @@ TEST_F(AnimTime, isShown)
     EXPECT_STREQ(TanimTime(ticks).valueInSmpteUnit().asC(), text) << unit;
   }
   setUnit(kTime25Fps);
-  Tint32Array fields{1}, expectedFields{-99, -25, -13, -23};
+  Tint32Array fields{1}, expected{-99, -25, -13, -23};
   TanimTime(INT_MIN).getValueInSmpteUnit(fields);
-  EXPECT_TRUE(std::equal(fields.begin(), fields.end(), expectedFields.begin(), expectedFields.end()));
-
-  std::ostringstream shown, expected;
-  TdebugOutput out(shown);
-  const TanimTime time(-9);
-  time.debug(out, 1);
-  shown << time << ", " << TtimeUnit(kTimeCurrent) << ", " << TtimeUnit(TtimeUnitSystem(-1));
-  expected << "TanimTime [0x" << std::hex << std::uintptr_t(&time) << "]: -0.0015 s\n-0.0015 s, current, ticks";
-  EXPECT_EQ(shown.str(), expected.str());
+  EXPECT_TRUE(std::equal(fields.begin(), fields.end(), expected.begin(), expected.end()));
+  const TtimeUnit units[] = {kTimeHours, kTimeCurrent, TtimeUnitSystem(-1), TtimeUnitSystem(13)};
+  EXPECT_EQ(PrintToString(units), "{ hours, current, ticks, ticks }");
 }
 
 TEST(TtimeRange, isASetOfMoments)
@@ -183,8 +169,7 @@ TEST(TtimeValue, hasNoByteThatSearchingMisses)
   std::memset(dirty, 0xA5, sizeof dirty);
   const TtimeValueArray keys{{-1, 9}, {0, -1}, {0, 1}, {1, -9}};
   EXPECT_EQ(keys.find(*new (dirty) TtimeValue(0, 1)), 0);
-  for (unsigned int i = 0; i < 16; ++i)
-    EXPECT_EQ(keys[i / 4] < keys[i % 4], i / 4 < i % 4);
+  EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end()));
   EXPECT_EQ(PrintToString(keys[0]), "9 at -0.000166667 s");
 }
 
@@ -197,32 +182,24 @@ TEST(Tduration, hasParts)
     EXPECT_TRUE(span.hours() < 24 && span.minutes() < 60 && span.seconds() < 60) << seconds;
   }
   EXPECT_EQ(Tduration(short(1), short(2), short(30), short(-1)), Tduration(95399));
-  EXPECT_EQ(Tduration(5) - 6, -1);
   EXPECT_GT(Tduration(-1), 0x7FFFFFFF);
-  EXPECT_EQ(Tduration(95400).inDays(), 0x1.1aaaaaaaaaaabp+0);
-  EXPECT_EQ(Tduration(95400).inHours(), 26.5);
   EXPECT_EQ(Tduration(-1).inMinutes(), 71582788.25);
   EXPECT_EQ(PrintToString(Tduration(-1)), "49710d 06:28:15");
 }
 
-TEST(Ttime, isTheSystemsTime)
+TEST(Clocks, runAndWrap)
 {
   EXPECT_EQ(PrintToString(Ttime(951868799)), "2000-02-29T23:59:59Z");
   const Ttime last(0xFFFFFFFF);
   EXPECT_EQ(PrintToString(last), "2106-02-07T06:28:15Z");
   EXPECT_EQ(Ttime(std::chrono::system_clock::time_point(last)), last);
-  EXPECT_EQ(Ttime(10) - 11, last);
   EXPECT_EQ(last - Ttime(1), -2);
+  EXPECT_EQ(TosTime(3) - 4 + 1000U, 999);
   EXPECT_LT(std::abs(double(Ttime::now().osTime()) - double(std::time(nullptr))), 3);
-}
-
-TEST(TosTime, countsMilliseconds)
-{
   const TosTime start = TosTime::now();
   std::this_thread::sleep_for(std::chrono::milliseconds(60));
   const TosTime span = TosTime::now() - start;
   EXPECT_TRUE(span > 40 && span < 60000) << span;
-  EXPECT_EQ(TosTime(3) - 4 + 1000U, 999);
 }
 
 } // namespace
