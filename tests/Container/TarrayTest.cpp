@@ -102,6 +102,11 @@ TYPED_TEST(TypedArray, doesWhatAVectorDoes)
     expectEqual(other, model);
     source = std::move(untyped);
     expectEqual(array, model);
+    other.create(4, 2);
+    other.changeLogicalSizeTo(9);
+    untyped.removeAt(2, 3);
+    untyped.removeLast();
+    EXPECT_EQ(other.length(), 5U);
     untyped.reset();
   }
   EXPECT_EQ(Counted::gAlive, alive);

@@ -33,6 +33,7 @@ TEST_F(FlinspectTest, ReportsDepartures)
     {form("BODY\0\0\0\1x\0\0\0"s + body), "22: oddity: 2 bytes of padding more than the alignment asks for"},
     {form(body + "\0\0\0\0"s), "22: oddity: 2 bytes of padding more than the alignment asks for\n"
                                "24: oddity: 2 bytes at the end of FORM are too few for a chunk"},
+    {form(body + "1234567"), "22: error: 7 bytes at the end of FORM are too few for a chunk"},
     // Sizes.
     {begun(0) + body, "0: oddity: the size of FORM stands for the rest of the file"},
     {begun(0x7F000050) + header("BODY", 0x7F000008) + "12345",
@@ -56,10 +57,13 @@ TEST_F(FlinspectTest, ReportsDepartures)
                                                     "28: error: illegal use of the reserved id FOR2"},
     {chunk("FORM", "\x1B[2J\2bad\0\0\0\0"s), "8: oddity: the type id \\x1B\\x5B2J is not printable\n"
                                              "12: oddity: the id \\x02bad is not printable"},
+    {chunk("FORM", "\23331m"), "8: error: the type id \\x9B31m begins with a byte above 0x7F"},
     // Around the groups.
     {"AT&T" + form(body), "0: oddity: \"AT&T\" in front of the first group"},
     {form(body) + "TAG", "22: oddity: 3 bytes behind the last group"},
+    {form(body) + "TAG song by nobody", "22: oddity: other bytes behind the last group"},
     {"", "0: error: the file is empty"},
+    {"FORM", "0: error: the file is too short for a group"},
     {form(body, "PROP"), "0: error: a file begins with a form, a concatenation or a list, not with PROP"},
   };
 
