@@ -80,7 +80,8 @@ TEST(ThashTable, followsItsModel)
   std::mt19937 random(1);
   for (int round = 0; round < 20; ++round)
   {
-    const TuInt32 least = TuInt32(random() % 40), most = TuInt32(round % 5 ? random() % 400 : UINT32_MAX);
+    const auto limit = [&random] { return (4U << random() % 6) + TuInt32(random() % 3) - 1; }; // at a power of two
+    const TuInt32 least = round % 7 ? limit() : 0, most = round % 5 ? limit() : UINT32_MAX;
     Model model{std::max(8U, std::bit_ceil(least))};
     model.most = round % 5 ? std::max(model.least, std::bit_ceil(most)) : 0x80000000;
     Table table(least, most);
