@@ -89,6 +89,7 @@ TEST(FLwrite, refusesWhatWouldBreakTheFile)
   EXPECT_EQ(FLtell(file), 0);
 
   ASSERT_EQ(group("FORM", 24), 0);
+  EXPECT_EQ(group("AAAA", 4), kFLbadId);
   EXPECT_EQ(begin("GEND", 0), kFLreservedId);
   EXPECT_EQ(begin("PROP", 4), kFLunexpectedBlock);
   EXPECT_EQ(begin("AAAA", 13), kFLpastBlock);

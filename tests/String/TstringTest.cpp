@@ -136,7 +136,8 @@ TEST(Tstring, comparesFindsAndCuts)
   EXPECT_EQ(Tstring("abcdefghijklmnopqrstuvwxyz0123456789ABCDEFGH").hash(), 0x1E078B34u);
   EXPECT_EQ(Tstring("\x80").hash(), 0xFFFFFF80u ^ (0xFFFFFF80u >> 10) ^ (0xFFFFFF80u >> 20));
 
-  EXPECT_TRUE(TcharString("\xE4") < TcharString("a"));
+  EXPECT_TRUE(TcharString("\xE4") < TcharString("a") && TcharString(nullptr) == TcharString(""));
+  EXPECT_TRUE(TstringCount("a", 1) == TstringCount("a", 2));
 }
 
 TEST(Tstring, takesPathsApartAsPosixDoes)
@@ -179,6 +180,9 @@ TEST(Tstring, readsAndWritesNumbers)
   Tstring text("old");
   text.setInt32(INT32_MIN);
   EXPECT_EQ(text, "-2147483648");
+  text.setUInt32(UINT32_MAX);
+  EXPECT_EQ(text, "4294967295");
+  EXPECT_EQ(Tstring("40000").asInt16() + Tstring("0.5").asFloat(), -25535.5F);
   const double value = 123456.789012;
   const std::pair<long, const char*> doubles[] = {
     {0, "123457"}, {LONG_MAX, "123456.78901199999381788074970245361328125"}, {LONG_MIN, "123457"}};
@@ -191,6 +195,8 @@ TEST(Tstring, readsAndWritesNumbers)
   EXPECT_EQ(text, "7|   ab|c  | 1.5|-2.25   | 0.001   |%|" + std::to_string(LONG_MIN));
   Tstring::format(&text, "%1000.400f|%s", 1e300, std::string(3000, 'x').c_str());
   EXPECT_EQ(text.length(), 4001u);
+  Tstring::format(&text, nullptr);
+  EXPECT_TRUE(text.empty());
 }
 
 TEST(Tstring, matchesPatterns)
