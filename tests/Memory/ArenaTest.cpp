@@ -193,8 +193,10 @@ TEST(Arena, PoisonCoversWhatIsNotInUse)
 }
 
 // Takes, resizes and releases blocks of each kind while pages fail; whether one was asked for in vain.
-bool runShort(Pages& pages)
+bool runShort(Pages& pages, unsigned seed)
 {
+  constexpr unsigned kVariant = 128; // and above it: the patterns of blocks that change their sizes
+  std::mt19937 random(seed);
   TfixedArena fixed(40, 7, pages);
   TvariantArena variant(300, 0xFFFFFFFF, pages, nullptr, 1);
   TstackArena stack(200, pages);
@@ -210,18 +212,21 @@ bool runShort(Pages& pages)
   for (unsigned i = 0; i < 60; ++i)
   {
     add(fixed.allocate(), 40, 'f');
-    add(variant.allocate(i * 11 + 1), i * 11 + 1, 'v');
+    add(variant.allocate(i * 11 + 1), i * 11 + 1, static_cast<unsigned char>(kVariant + i));
     add(stack.allocate(i + 1), i + 1, 's');
     add(compact.allocate(), 16, 'c');
     if (i % 7 == 0)
       fixed.preAllocate(i), variant.preAllocate(i, 3), stack.preAllocate(i * 10), compact.preAllocate(i);
-    Filled* block = live.empty() ? nullptr : &live[i * 31 % live.size()];
-    if (void* moved = block && block->pattern == 'v' ? variant.reallocate(block->start, 1000) : nullptr)
+    for (int tries = 0; tries < 8 && !live.empty(); ++tries)
     {
-      block->start = static_cast<unsigned char*>(moved);
-      EXPECT_TRUE(block->holds());
-      block->size = 1000;
-      block->fill();
+      Filled& block = live[random() % live.size()];
+      const unsigned size = unsigned(random() % 700) + 1;
+      void* moved = block.pattern >= kVariant ? variant.reallocate(block.start, size) : nullptr;
+      if (!moved)
+        continue;
+      const Filled kept{static_cast<unsigned char*>(moved), std::min(size, block.size), block.pattern};
+      EXPECT_TRUE(kept.holds());
+      block = Filled{kept.start, size, block.pattern}.fill();
     }
     EXPECT_EQ(faults(), 0);
   }
@@ -229,7 +234,7 @@ bool runShort(Pages& pages)
   {
     EXPECT_TRUE(block.holds());
     EXPECT_TRUE(block.pattern != 'c' || compact.deallocate(block.start));
-    if (block.pattern == 'f' || block.pattern == 'v')
+    if (block.pattern == 'f' || block.pattern >= kVariant)
       TheapArena::deallocate(block.start);
   }
   EXPECT_EQ(variant.allocatedMemory() + faults(), 0);
@@ -243,8 +248,8 @@ TEST(Arena, FailedPageRequestsLeaveArenasWhole)
   for (int first = 0; failed; ++first)
   {
     Pages once(first, true), always(first, false);
-    failed = runShort(once);
-    failed |= runShort(always);
+    failed = runShort(once, unsigned(first));
+    failed |= runShort(always, unsigned(first));
   }
 }
 

@@ -190,27 +190,6 @@ TEST(VariantArena, PlacesBlocksAsTheModel)
   }
 }
 
-TEST(VariantArena, KeepsContentsThroughRandomReallocation)
-{
-  std::mt19937 random(3);
-  Pages pages;
-  TvariantArena arena(4096, kNoLimit, pages, nullptr, 1);
-  std::vector<Filled> live(100, Filled{nullptr, 0, 0});
-  for (int step = 0; step < 20000; ++step)
-  {
-    Filled& block = live[random() % live.size()];
-    const unsigned size = random() % 4 ? unsigned(random() % 300) : 0;
-    const Filled kept{static_cast<unsigned char*>(arena.reallocate(block.start, size)), std::min(size, block.size),
-                      block.pattern};
-    ASSERT_TRUE(kept.holds());
-    block = Filled{kept.start, size, static_cast<unsigned char>(random())}.fill();
-    ASSERT_TRUE(step % 200 || arena.checkConsistency() == 0);
-  }
-  for (const Filled& block : live)
-    arena.free(block.start);
-  EXPECT_EQ(arena.allocatedMemory(), 0);
-}
-
 // The upper halves of six-byte addresses mean nothing where an address has four.
 constexpr unsigned kFirstCounting = sizeof(void*) == 8 ? 0 : 20;
 
