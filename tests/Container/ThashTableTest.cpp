@@ -82,7 +82,7 @@ TEST(ThashTable, followsItsModel)
   {
     const auto limit = [&random] { return (4U << random() % 6) + TuInt32(random() % 3) - 1; }; // at a power of two
     const TuInt32 least = round % 7 ? limit() : 0, most = round % 5 ? limit() : UINT32_MAX;
-    Model model{std::max(8U, std::bit_ceil(least))};
+    Model model{std::max<TuInt32>(8, std::bit_ceil(least))};
     model.most = round % 5 ? std::max(model.least, std::bit_ceil(most)) : 0x80000000;
     Table table(least, most);
     for (int step = 0, bias = 50; step < 2000; ++step)

@@ -94,7 +94,7 @@ TEST(TmallocAllocator, drawsTheLineAtLargeBlocks)
     ASSERT_TRUE(size == 0 ? !block.data : isRecorded(block.data, size, "pages")) << block.size << " to " << size;
     ASSERT_TRUE(isFilled(block.data, kept));
     const unsigned old = std::min(size, recordedSize(block.size)); // behind it the pages are new
-    ASSERT_TRUE(size < kLarge || std::count(block.data + old, block.data + size, '\0') == size - old);
+    ASSERT_TRUE(size < kLarge || unsigned(std::count(block.data + old, block.data + size, '\0')) == size - old);
     ASSERT_EQ(free - TmallocAllocator::freeMemory(), used);
     fill(block.data, block.size = size);
   }
