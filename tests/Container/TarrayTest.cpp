@@ -137,10 +137,17 @@ TEST(Tarray, refusesSizesThatDoNotFit)
   TtypedArray<Quad32> quads(4);
   TstringArray strings(4);
   const std::function<void()> changes[] = {
-    [&] { array.insert(values, UINT_MAX - 2, 1); },  [&] { array.buffer(0x40000000 - 3); }, // 4 GiB
-    [&] { array.changeLogicalSizeTo(0x40000001); },  [&] { array.changeLogicalSizeBy(LONG_MAX); },
-    [&] { array.setArray(nullptr, 0, 0x40000000); }, [&] { steps.addLast(1); },
-    [&] { quads.changeLogicalSizeTo(0x08000000); },  [&] { strings.changeLogicalSizeTo(UINT_MAX); },
+    [&] { array.insert(values, UINT_MAX - 2, 1); },
+    [&] { array.buffer(0x40000000 - 3); }, // 4 GiB
+    [&] { array.changeLogicalSizeTo(0x40000001); },
+    [&] { array.changeLogicalSizeBy(LONG_MAX); },
+    [&] { array.createAndSet(5, 0x40000000, 1); },
+    [&] { array.setArray(nullptr, 0, 0x40000000); },
+    [&] { steps.addLast(1); },
+    [&] { quads.changeLogicalSizeTo(0x08000000); },
+    [&] { strings.create(0x80000000, 1); },
+    [&] { strings.changeLogicalSizeTo(UINT_MAX); },
+    [&] { strings.addLast(nullptr, UINT_MAX); },
   };
   for (const auto& change : changes)
   {

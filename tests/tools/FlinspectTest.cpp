@@ -134,6 +134,8 @@ TEST_F(FlinspectTest, TreeShowsTheNesting)
                               "        48          4   0      NAME\n");
   EXPECT_EQ(tree.err.find("flinspect: " + path("none") + ": "), 0U) << tree.err;
 
+  EXPECT_NE(run({"--color=always", SAMPLES "/stripes.ilbm"}).out.find("\x1b[1;34mFORM\x1b[m"), std::string::npos);
+
   std::string deep;
   for (int level = 0; level < 40; ++level)
     deep = form(deep);
@@ -240,6 +242,7 @@ TEST_F(FlinspectTest, Usage)
     {{"check", sample}, 0, sample + ": valid, 1 group, 3 chunks\n"},
     {{}, 2, "flinspect: "},
     {{"--wrong", sample}, 2, "flinspect: "},
+    {{"--color=sometimes", sample}, 2, "flinspect: "},
     {{"extract", sample}, 2, "flinspect: "},
     {{"copy", sample, path("x"), path("y")}, 2, "flinspect: "},
     {{"check", path(".")}, 2, "flinspect: " + path(".") + ": not a file\n"},
