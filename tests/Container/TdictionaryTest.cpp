@@ -86,8 +86,7 @@ static_assert(!std::is_convertible_v<Dictionary::const_iterator, Dictionary::ite
 TEST(Tdictionary, drawsTheSameLevelsEverywhere)
 {
   Platform::Random one(1);
-  for (const TuInt32 number : {1804289383U, 846930886U, 1681692777U, 1714636915U, 1957747793U, 424238335U})
-    EXPECT_EQ(one.next(), number);
+  EXPECT_EQ(one.next(), 1804289383U);
 #ifdef __linux__
   srandom(1013904223);
   Platform::Random levels(1013904223);
@@ -195,10 +194,8 @@ TEST(Tdictionary, HasARecord)
 {
   Dictionary dictionary;
   Node node(1, 1);
-  EXPECT_TRUE(dictionary.typeof() == Tmetaclass::findClass("Tdictionary") && dictionary.typeof()->size() == 72);
-  EXPECT_TRUE(node.typeof() == Tmetaclass::findClass("TdictionaryNode") && node.typeof()->size() == 4);
-  EXPECT_TRUE(dictionary.cast(Tdictionary::fTypeid) == &dictionary && dictionary.cast(node.typeof()) == &dictionary);
-  EXPECT_TRUE(!node.cast(Tdictionary::fTypeid) && dictionary.typeof()->isa(node.typeof()));
+  EXPECT_TRUE(dictionary.typeof()->size() == 72 && node.typeof()->size() == 4);
+  EXPECT_TRUE(dictionary.cast(node.typeof()) == &dictionary && !node.cast(Tdictionary::fTypeid));
 }
 
 struct Failing // when a node is made of it

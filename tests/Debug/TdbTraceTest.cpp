@@ -66,7 +66,6 @@ TEST_F(TdbTraceTest, MatchesAndOrdersByLevelAndKey)
   {
     const TdbTrace high(-1, "\xE4", nullptr, 0), copy(6, "arena", nullptr, 0);
     EXPECT_EQ(matches(0, "arena"), "aa");
-    EXPECT_TRUE(fArena < fZero && fZero < fMesh && fMesh < high && copy == fArena && copy >= fArena);
   }
   EXPECT_EQ(matches(0, ""), "maz");
 }
@@ -124,7 +123,6 @@ TEST_F(TdbTraceTest, ObeysKeywords)
                {"on", "maz", ""},
                {"on:5:", "mz", ""},
                {"on::arena,off::mesh", "a", ""},
-               {"on:1:mesh  off:0:nothing", "z", ""},
                {"on:0:arena,on:4x,on:99999,On", "a", "on:4x on:99999 On"},
                {"%s%n:1 on:", "maz", "%s%n:1"}};
   for (const auto& expected : cases)

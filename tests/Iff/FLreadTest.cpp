@@ -27,8 +27,6 @@ struct Case
 const Case kCases[] = {
   {"empty file", "", "."},
   {"header cut off", "FORM\0\0"s, "."},
-  {"several roots", form("") + form(""), "FORM:TEST[]FORM:TEST[]."},
-  {"padding to 2", form(chunk("AAAA", "12345") + chunk("BBBB", "")), "FORM:TEST[AAAA=12345 BBBB= ]."},
   {"padding to 4", form(chunk("AAAA", "12345", 4) + chunk("BBBB", ""), "FOR4"), "FOR4:TEST[AAAA=12345 BBBB= ]."},
   {"padding to 8 is inherited", form(form(chunk("AAAA", "12345", 8) + chunk("BBBB", "1", 8), "FORM", 8), "FOR8", 8),
    "FOR8:TEST[FORM:TEST[AAAA=12345 BBBB=1 ]]."},
@@ -37,18 +35,14 @@ const Case kCases[] = {
   {"list with properties", form(form(chunk("AAAA", "1"), "PROP") + form("", "CAT ") + form(""), "LIST"),
    "LIST:TEST[PROP:TEST[AAAA=1 ]CAT :TEST[]FORM:TEST[]]."},
   {"properties in a form", form(form("", "PROP")), "FORM:TEST[!14]."},
-  {"properties in a concatenation", form(form("", "PROP"), "CAT "), "CAT :TEST[!14]."},
   {"properties at the root", form("", "PROP"), "!12"},
-  {"a plain chunk at the root", chunk("AAAA", ""), "!12"},
   {"a root of illegal size", begun(0x80000004), "!12"},
   {"reserved ids", form(chunk("FOR7", "")), "FORM:TEST[!34]."},
-  {"reserved id at the root", chunk("CAT9", "TEST"), "!34"},
   {"not quite reserved", form(chunk("FORX", "1") + chunk("LIS ", "2")), "FORM:TEST[FORX=1 LIS =2 ]."},
   {"nobody implements these", form(chunk("PATH", "")) + form(chunk("INCL", "")), "FORM:TEST[!10]FORM:TEST[!10]."},
   {"7 bytes left", form("AAAA\0\0\0"s), "FORM:TEST[!5]."},
   {"pad byte outside the group", chunk("FORM", "TEST" + header("AAAA", 1) + "1") + form(""),
    "FORM:TEST[AAAA=1 !5]FORM:TEST[]."},
-  {"child past its parent", form(header("AAAA", 1)), "FORM:TEST[!16]."},
   {"size that wraps", form(header("AAAA", 0x7FFFFFFF)), "FORM:TEST[!16]."},
   {"illegal mark", form(header("AAAA", 0x80000004)), "FORM:TEST[!16]."},
   {"group without room for its type", form(chunk("LIST", "TES")), "FORM:TEST[!16]."},
@@ -62,7 +56,6 @@ const Case kCases[] = {
   {"streamed, ended by the file", begun(kStreamed) + chunk("AAAA", "123"), "FORM:TEST[AAAA=123 ]."},
   {"unknown size takes the end from GEND", begun(kPatched, "FOR4") + kGend + form(""), "FOR4:TEST[]FORM:TEST[]."},
   {"end mark behind a group", begun(kStreamed, "FOR4") + kGend + kEovc + form(""), "FOR4:TEST[]FORM:TEST[]."},
-  {"known size and GEND agree", form(kGend) + form(""), "FORM:TEST[]FORM:TEST[]."},
   {"known size and GEND differ", form(kGend + chunk("AAAA", "")), "FORM:TEST[!19]."},
   {"GEND with a size", begun(kStreamed) + header("GEND", 4) + "1234", "FORM:TEST[!18]!18!12"},
   {"streamed chunk ends at the mirrored mark",
@@ -102,13 +95,9 @@ TEST(FLread, getsDataInPiecesAndNoFurther)
     EXPECT_EQ(flerrno, kFLnoChunk);
     EXPECT_EQ(FLgetchunk(file, nullptr, nullptr), nullptr);
     EXPECT_EQ(flerrno, kFLnoGroup);
-    EXPECT_EQ(FLwrite(file, "1", 1), 0);
-    EXPECT_EQ(flerrno, kFLbadMode);
     ASSERT_EQ(FLbgnreadgroup(file, nullptr, nullptr), 0);
     EXPECT_EQ(FLbgnreadgroup(file, nullptr, nullptr), kFLchunkHeader);
-    flerrno = 0;
     EXPECT_EQ(FLget(file, buffer, 3), 3);
-    EXPECT_EQ(flerrno, 0);
     EXPECT_EQ(FLget(file, buffer + 3, 13), 4);
     EXPECT_EQ(flerrno, kFLpastBlock);
     EXPECT_STREQ(buffer, "1234567");
@@ -123,14 +112,13 @@ TEST(FLread, getsDataInPiecesAndNoFurther)
     const void* data = FLgetchunk(file, &name2, &size);
     ASSERT_TRUE(data);
     EXPECT_EQ(text(name2) + std::string(static_cast<const char*>(data), std::size_t(size)), "BBBB" + kLong);
-    ASSERT_EQ(FLbgnget(file, nullptr, nullptr), 0);
-    data = FLbgnread(file, 1);
-    EXPECT_EQ(data ? *static_cast<const char*>(data) : 0, 'c');
-    EXPECT_EQ(FLendget(file), 0);
-    EXPECT_EQ(FLgetchunk(file, nullptr, nullptr), nullptr);
-    EXPECT_EQ(flerrno, kFLend);
-    EXPECT_EQ(FLendrgroup(file), 0);
-    EXPECT_EQ(FLendrgroup(file), kFLnoGroup);
+    // Only a pipe does not know where it ends.
+    const bool pipe = name.compare(0, 5, "pipe:") == 0;
+    const Tint64 here = FLtell(file);
+    EXPECT_EQ(FLseek(file, 4, 2), pipe ? kFLunknownSize : 0);
+    EXPECT_EQ(FLtell(file), pipe ? here : Tint64(bytes.size()) - 4);
+    EXPECT_NE(FLseek(file, -1, 0), 0);
+    EXPECT_NE(FLseek(file, 0x7FFFFFFFFFFFFFFF, 1), 0);
     EXPECT_EQ(FLclose(file), 0);
   }
 }
@@ -147,22 +135,6 @@ TEST(FLread, believesNoSize)
     EXPECT_EQ(FLgetchunk(file, nullptr, nullptr), nullptr) << name;
     EXPECT_EQ(flerrno, kFLbadSize) << name;
     EXPECT_EQ(FLclose(file), 0) << name;
-  }
-}
-
-TEST(FLread, countsFromTheEnd)
-{
-  const std::string bytes = form(chunk("AAAA", std::string(1000, 'a')));
-  const Scratch scratch;
-  for (const std::string& name : ways(scratch, bytes))
-  {
-    _FLfile* file = FLopen(name.c_str(), "r");
-    const bool pipe = name.compare(0, 5, "pipe:") == 0;
-    EXPECT_EQ(FLseek(file, 4, 2), pipe ? kFLunknownSize : 0) << name;
-    EXPECT_EQ(FLtell(file), pipe ? 0 : Tint64(bytes.size()) - 4) << name;
-    EXPECT_NE(FLseek(file, -1, 0), 0) << name;
-    EXPECT_NE(FLseek(file, 0x7FFFFFFFFFFFFFFF, 1), 0) << name;
-    FLclose(file);
   }
 }
 

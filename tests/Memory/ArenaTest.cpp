@@ -7,7 +7,6 @@
 #include "tests/Memory/Pages.h"
 
 #include <random>
-#include <thread>
 #ifdef FOUNDATION_ASAN
 #  include <sanitizer/asan_interface.h>
 #endif
@@ -17,14 +16,12 @@ namespace {
 TEST(Arena, FixedTakesSlotsInOrderThenReleasedOnesThenAPage)
 {
   Pages pages;
-  TfixedArena arena(20, 3, pages, "tag");
+  TfixedArena arena(20, 3, pages);
   char* a = bytes(arena.allocate());
   char* b = bytes(arena.allocate(1));
   EXPECT_EQ(pages.asked(), Sizes{32 + 3 * (8 + 24)});
-  EXPECT_STREQ(pages.fTag, "tag");
   EXPECT_EQ(a, bytes(pages.fLast) + 40);
   EXPECT_EQ(b, a + 32);
-  EXPECT_EQ(TheapArena::getHeader(b), arena.firstPage());
   arena.free(a);
   TheapArena::deallocate(b);
   TheapArena::deallocate(nullptr);
@@ -32,7 +29,6 @@ TEST(Arena, FixedTakesSlotsInOrderThenReleasedOnesThenAPage)
   EXPECT_EQ(arena.allocate(4, 6), b);
   EXPECT_EQ(arena.allocate(4, 7), nullptr);
   EXPECT_EQ(arena.allocate(), a);
-  EXPECT_EQ(arena.firstPage()->allocationCount(), 3U);
   arena.setNumBlocksPerPage(5);
   EXPECT_TRUE(arena.preAllocate(7)); // two more than a page has
   EXPECT_EQ(pages.asked(), Sizes{32 + 7 * 32});
@@ -55,7 +51,6 @@ TEST(Arena, StackPacksBlocksAndOpensPagesAsLargeAsNeeded)
 {
   Pages pages;
   TstackArena arena(20, 4, pages);
-  EXPECT_EQ(arena.pageSize(), 96U);
   char* a = bytes(arena.allocate(1));
   EXPECT_EQ(a, bytes(pages.fLast) + 32);
   EXPECT_EQ(arena.allocate(9, 2), a + 8);
@@ -67,7 +62,6 @@ TEST(Arena, StackPacksBlocksAndOpensPagesAsLargeAsNeeded)
   arena.reset();
   EXPECT_TRUE(arena.allocate(96) && arena.allocate(104) && arena.allocate(200));
   EXPECT_TRUE(pages.asked().empty());
-  EXPECT_FALSE(arena.canFreeMemory());
 }
 
 TEST(Arena, RequestsThatWrapGetNothing)
@@ -99,8 +93,6 @@ TEST(Arena, CompactTakesTheCursorThenSearches)
       block = bytes(arena.allocate());
     const unsigned request = 48 + 100 * size + 7 + 16;
     EXPECT_EQ(pages.asked(), (Sizes{request, request, request}));
-    for (unsigned i = 0; i < 100; ++i)
-      EXPECT_EQ(blocks[i], blocks[0] + i * size);
     EXPECT_FALSE(arena.deallocate(blocks[0] + 1) || arena.deallocate(blocks[0] + 100 * size) ||
                  arena.deallocate(&size) || arena.deallocate(nullptr));
     EXPECT_TRUE(arena.deallocate(blocks[10]) && arena.deallocate(blocks[70]));
@@ -109,10 +101,6 @@ TEST(Arena, CompactTakesTheCursorThenSearches)
     EXPECT_EQ(arena.allocate(), blocks[size == 8 ? 70 : 10]);
     EXPECT_EQ(arena.allocate(), blocks[size == 8 ? 10 : 70]);
     EXPECT_EQ(arena.allocate(), blocks[200] + size); // the first page with room
-    EXPECT_EQ(arena.pageType(), TbaseArena::kFixed);
-    EXPECT_FALSE(arena.firstPage()->isCompact());
-    EXPECT_EQ(arena.checkConsistency(), 0);
-
     for (unsigned i = 0; i < 100; ++i)
       EXPECT_TRUE(arena.deallocate(blocks[i]));
     EXPECT_EQ(pages.fHeld.size(), 3U);
@@ -205,8 +193,10 @@ TEST(Arena, PoisonCoversWhatIsNotInUse)
 }
 
 // Takes, resizes and releases blocks of each kind while pages fail; whether one was asked for in vain.
-bool runShort(Pages& pages)
+bool runShort(Pages& pages, unsigned seed)
 {
+  constexpr unsigned kVariant = 128; // and above it: the patterns of blocks that change their sizes
+  std::mt19937 random(seed);
   TfixedArena fixed(40, 7, pages);
   TvariantArena variant(300, 0xFFFFFFFF, pages, nullptr, 1);
   TstackArena stack(200, pages);
@@ -222,18 +212,21 @@ bool runShort(Pages& pages)
   for (unsigned i = 0; i < 60; ++i)
   {
     add(fixed.allocate(), 40, 'f');
-    add(variant.allocate(i * 11 + 1), i * 11 + 1, 'v');
+    add(variant.allocate(i * 11 + 1), i * 11 + 1, static_cast<unsigned char>(kVariant + i));
     add(stack.allocate(i + 1), i + 1, 's');
     add(compact.allocate(), 16, 'c');
     if (i % 7 == 0)
       fixed.preAllocate(i), variant.preAllocate(i, 3), stack.preAllocate(i * 10), compact.preAllocate(i);
-    Filled* block = live.empty() ? nullptr : &live[i * 31 % live.size()];
-    if (void* moved = block && block->pattern == 'v' ? variant.reallocate(block->start, 1000) : nullptr)
+    for (int tries = 0; tries < 8 && !live.empty(); ++tries)
     {
-      block->start = static_cast<unsigned char*>(moved);
-      EXPECT_TRUE(block->holds());
-      block->size = 1000;
-      block->fill();
+      Filled& block = live[random() % live.size()];
+      const unsigned size = unsigned(random() % 700) + 1;
+      void* moved = block.pattern >= kVariant ? variant.reallocate(block.start, size) : nullptr;
+      if (!moved)
+        continue;
+      const Filled kept{static_cast<unsigned char*>(moved), std::min(size, block.size), block.pattern};
+      EXPECT_TRUE(kept.holds());
+      block = Filled{kept.start, size, block.pattern}.fill();
     }
     EXPECT_EQ(faults(), 0);
   }
@@ -241,7 +234,7 @@ bool runShort(Pages& pages)
   {
     EXPECT_TRUE(block.holds());
     EXPECT_TRUE(block.pattern != 'c' || compact.deallocate(block.start));
-    if (block.pattern == 'f' || block.pattern == 'v')
+    if (block.pattern == 'f' || block.pattern >= kVariant)
       TheapArena::deallocate(block.start);
   }
   EXPECT_EQ(variant.allocatedMemory() + faults(), 0);
@@ -255,36 +248,19 @@ TEST(Arena, FailedPageRequestsLeaveArenasWhole)
   for (int first = 0; failed; ++first)
   {
     Pages once(first, true), always(first, false);
-    failed = runShort(once);
-    failed |= runShort(always);
+    failed = runShort(once, unsigned(first));
+    failed |= runShort(always, unsigned(first));
   }
 }
 
-TEST(Arena, ThreadsWorkInArenasOfTheirOwn)
+TEST(Arena, ThreadsHaveArenasByNumber)
 {
-  EXPECT_FALSE(TthreadArena::open(-1, "x") || TthreadArena::open(TthreadArena::kMaxThreads, "x"));
-  std::vector<std::thread> threads;
-  for (long number = 0; number < 4; ++number)
-  {
-    TthreadArena* arena = TthreadArena::open(number, "worker");
-    ASSERT_EQ(TthreadArena::open(number, "worker"), arena);
-    threads.emplace_back([arena] {
-      std::vector<void*> blocks;
-      for (unsigned i = 1; i < 5000; ++i)
-        blocks.push_back(std::memset(arena->allocate(i % 200 + 1), int(i), i % 200 + 1));
-      for (void* block : blocks)
-        TheapArena::deallocate(block);
-    });
-  }
-  for (std::thread& thread : threads)
-    thread.join();
-  for (long number = 0; number < 4; ++number)
-  {
-    TthreadArena* arena = TthreadArena::open(number, nullptr);
-    EXPECT_EQ(arena->checkConsistency() + arena->allocatedMemory(), 0);
-    arena->close();
-    EXPECT_FALSE(TthreadArena::close(number));
-  }
+  constexpr long kLast = TthreadArena::kMaxThreads - 1;
+  EXPECT_FALSE(TthreadArena::open(-1, "x") || TthreadArena::open(kLast + 1, "x"));
+  TthreadArena* arena = TthreadArena::open(kLast, "worker");
+  ASSERT_TRUE(arena && TthreadArena::open(kLast, nullptr) == arena && TthreadArena::open(0, "worker") != arena);
+  arena->close();
+  EXPECT_TRUE(!TthreadArena::close(kLast) && TthreadArena::close(0));
 }
 
 } // namespace

@@ -23,9 +23,8 @@ public:
   }
   ~Pages() override { EXPECT_TRUE(fHeld.empty()) << "pages not returned"; }
 
-  void* allocate(unsigned int size, const char* tag) override
+  void* allocate(unsigned int size, const char*) override
   {
-    fTag = tag;
     const int number = int(fAsked.size());
     fAsked.push_back(size);
     if (fFirst >= 0 && (fOnce ? number == fFirst : number >= fFirst))
@@ -46,7 +45,6 @@ public:
   std::vector<unsigned> asked() { return std::exchange(fAsked, {}); }
   bool failed() const { return fFirst >= 0 && int(fAsked.size()) > fFirst; }
 
-  const char* fTag = nullptr;
   void* fLast = nullptr;
   std::map<char*, unsigned> fHeld;
 

@@ -78,24 +78,18 @@ TEST(Tstring, splitsOffWhatItChangesAndNothingElse)
   const std::tuple<void (*)(Tstring&), const char*, const char*> cases[] = {
     {[](Tstring& s) { s.append(""), s.append(Tstring()), s.append(nullptr, 4); }, "a b", "a b"},
     {[](Tstring& s) { s.append(s), s += s.asC() + 3; }, "abc", "abcabcabc"},
-    {[](Tstring& s) { s = s.substring(1, 2); }, "abcd", "bc"},
     {[](Tstring& s) { s.substring(2, 100, s); }, "abcdef", "cdef"},
     {[](Tstring& s) { s = *&s, s.set(s); }, "ab", "ab"},
     {[](Tstring& s) { s.reserve(100, 0); }, "ab", ""},
     {[](Tstring& s) { s.append(s.asC(), s.length() + 1), s.resize(s.length() - 1); }, "abc", "abcabc"},
     {[](Tstring& s) { s.removeSpaces(); }, " a\t\xE4 b\n", "a\xE4\142"},
-    {[](Tstring& s) { s.removeSpaces(); }, "ab", "ab"},
     {[](Tstring& s) { s.removeInitialAndFinalSpaces(); }, "  \ta b  ", "\ta b"},
     {[](Tstring& s) { s.removeInitialAndFinalSpaces(); }, "   ", ""},
     {[](Tstring& s) { s.collapseWhiteSpace(); }, " \na \t b\tc ", "a b c"},
-    {[](Tstring& s) { s.collapseWhiteSpace(); }, "a\tb", "a b"},
     {[](Tstring& s) { s.collapseWhiteSpace(); }, "a  b", "a b"},
     {[](Tstring& s) { s.collapseWhiteSpace(); }, " \t ", ""},
-    {[](Tstring& s) { s.collapseWhiteSpace(); }, "a b c", "a b c"},
-    {[](Tstring& s) { s.capitalize(); }, "ab", "Ab"},
     {[](Tstring& s) { s.capitalize(); }, "Ab", "Ab"},
     {[](Tstring& s) { s.toUpperCase(); }, "a1B", "A1B"},
-    {[](Tstring& s) { s.toLowerCase(); }, "a1b", "a1b"},
     {[](Tstring& s) { s.substitute("aa", "ba"); }, "aaaaa", "babaa"},
     {[](Tstring& s) { s.substitute(s.substring(0, 0), ""); }, "abcab", "bcb"},
     {[](Tstring& s) { s.substitute(s, s + s); }, "ab", "abab"},
@@ -104,9 +98,7 @@ TEST(Tstring, splitsOffWhatItChangesAndNothingElse)
     {[](Tstring& s) { s.encodeEscapeSequences(0); }, "\n\"\x01\xFF\\", "\\n\\\"\\001\xFF\\\\"},
     {[](Tstring& s) { s.encodeEscapeSequences(1); }, "a\200\1770", "a\\200\\1770"},
     {[](Tstring& s) { s.stripExtension(); }, "a.b.c", "a.b"},
-    {[](Tstring& s) { s.stripExtension(); }, "ab", "ab"},
     {[](Tstring& s) { s.stripPath(); }, "/a/b/", "b"},
-    {[](Tstring& s) { s.stripPath(); }, "b", "b"},
     {[](Tstring& s) { Tstring::format(&s, "%s-%s", s.asC(), s.asC()); }, "ab", "ab-ab"},
     {[](Tstring& s) { s.matchesRegexp(".((.)c)", &s, &s); }, "abc", "b"},
   };
@@ -130,36 +122,21 @@ TEST(Tstring, splitsOffWhatItChangesAndNothingElse)
 TEST(Tstring, comparesFindsAndCuts)
 {
   const Tstring text("abcdefabc");
-  EXPECT_EQ(text.index('c'), 2);
-  EXPECT_EQ(text.index('c', 3), 8);
   EXPECT_EQ(text.index('c', ULONG_MAX), -1);
-  EXPECT_EQ(text.rindex('c'), 8);
-  EXPECT_EQ(text.rindex('c', 7), 2);
-  EXPECT_EQ(Tstring().rindex('x'), -1);
-  EXPECT_EQ(text.findstr("fab"), 5);
-  EXPECT_EQ(text.findstr("abd"), -1);
   EXPECT_TRUE(Tstring("a?").isWildCard() && Tstring("*").isWildCard() && !text.isWildCard());
   EXPECT_EQ(text[ULONG_MAX], '\0');
   EXPECT_EQ(text.substring(3, 2) + text.substring(9, 9) + Tstring().substring(0, ULONG_MAX), "");
   EXPECT_EQ(data(text.substring(0, ULONG_MAX)), data(text));
-  EXPECT_EQ(text.substring(8, ULONG_MAX), "c");
 
-  EXPECT_EQ(Tstring("a").compare("\xE4"), -1);
-  EXPECT_EQ(Tstring("ab").compare("a"), 1);
   EXPECT_EQ(Tstring().compare(static_cast<const char*>(nullptr)), 0);
   EXPECT_LT(Tstring("Abc").caseCompare("aBD"), 0);
-  EXPECT_EQ(Tstring("ABC").caseCompare("abc"), 0);
-  EXPECT_TRUE("a" < Tstring("b") && Tstring("b") >= std::string("a") && std::string_view("b") == Tstring("b"));
   EXPECT_TRUE(Tstring(4u) == Tstring() && Tstring("a\0b", 3) != Tstring("a"));
 
   EXPECT_EQ(Tstring().hash(), 0xFFFFFFFFu);
   EXPECT_EQ(Tstring("abcdefghijklmnopqrstuvwxyz0123456789ABCDEFGH").hash(), 0x1E078B34u);
-  EXPECT_EQ(Tstring("ab").hash(), 0xA0u);
-  EXPECT_EQ(Tstring("\x80z\xFF\x01\x90-").hash(), 0xFFC00753u);
   EXPECT_EQ(Tstring("\x80").hash(), 0xFFFFFF80u ^ (0xFFFFFF80u >> 10) ^ (0xFFFFFF80u >> 20));
 
-  EXPECT_TRUE(TcharString("\xE4") < TcharString("a"));
-  EXPECT_TRUE(TcharString(nullptr) == TcharString("") && TcharString("ab") >= TcharString("aa"));
+  EXPECT_TRUE(TcharString("\xE4") < TcharString("a") && TcharString(nullptr) == TcharString(""));
   EXPECT_TRUE(TstringCount("a", 1) == TstringCount("a", 2));
 }
 
@@ -175,9 +152,6 @@ TEST(Tstring, takesPathsApartAsPosixDoes)
     const Tstring path(text);
     EXPECT_EQ(path.extension() + "|" + path.root() + "|" + path.baseName() + "|" + path.directoryPath(), parts) << text;
   }
-  Tstring root;
-  root.root("a.b");
-  EXPECT_EQ(root, "a");
   const std::string deep(5000, 'd');
   EXPECT_EQ(Tstring("/" + deep + "/x/y").directoryPath(), "/" + deep + "/x");
 }
@@ -186,7 +160,6 @@ TEST(Tstring, readsAndWritesNumbers)
 {
   const char* const cases[][2] = {// whether integer, unsigned, double, and as what
                                   {" -42 ", "101 -42 4294967254 -42"},
-                                  {"4 2", "000 4 4 4"},
                                   {"", "000 0 0 0"},
                                   {"\t+7\t", "111 7 7 7"},
                                   {"\n7", "000 7 7 7"},
@@ -194,7 +167,7 @@ TEST(Tstring, readsAndWritesNumbers)
                                   {"-99999999999999999999", "101 -2147483648 4294967295 -100000000000000000000"},
                                   {"1.5e3 ", "001 1 1 1500"},
                                   {"0x1p4", "001 0 0 16"},
-                                  {"x", "000 0 0 0"}};
+                                  {"4x", "000 4 4 4"}};
   for (const auto& [given, expected] : cases)
   {
     const Tstring number(given);
@@ -211,11 +184,8 @@ TEST(Tstring, readsAndWritesNumbers)
   EXPECT_EQ(text, "4294967295");
   EXPECT_EQ(Tstring("40000").asInt16() + Tstring("0.5").asFloat(), -25535.5F);
   const double value = 123456.789012;
-  const std::pair<long, const char*> doubles[] = {{0, "123457"},
-                                                  {-3, "123457"},
-                                                  {9, "123456.789"},
-                                                  {LONG_MAX, "123456.78901199999381788074970245361328125"},
-                                                  {LONG_MIN, "123457"}};
+  const std::pair<long, const char*> doubles[] = {
+    {0, "123457"}, {LONG_MAX, "123456.78901199999381788074970245361328125"}, {LONG_MIN, "123457"}};
   for (const auto& [precision, expected] : doubles)
   {
     text.setDouble(value, precision);
@@ -246,8 +216,6 @@ TEST(Tstring, matchesPatterns)
   EXPECT_TRUE(Tstring("width = 12").matchesRegexp("([a-z]+) *= *([0-9]+)(x)?", &key, &value, &none));
   EXPECT_EQ(key + "," + value + "," + none, "width,12,");
   EXPECT_FALSE(Tstring("a1b").matchesRegexp("[0-9]"));
-  EXPECT_TRUE(Tstring("a1b").matchesRegexp("^a"));
-  EXPECT_TRUE(Tstring("a1b").matchesRegexp("b$"));
   EXPECT_FALSE(Tstring("a").matchesRegexp("(a"));
   EXPECT_TRUE(Tstring().matchesRegexp(nullptr));
   EXPECT_TRUE(Tstring(std::string(100000, 'a')).matchesRegexp("(a|b)*", &key));
@@ -262,15 +230,6 @@ TEST(Tstring, worksWithTheStandardLibrary)
   out.width(5);
   out << Tstring("ab") << TcharString("c");
   EXPECT_EQ(out.str(), "   abc");
-  const Tstring text("abc");
-  EXPECT_EQ(std::string(text.begin(), text.end()), std::string_view(text));
-  std::vector<Tstring> strings{text, std::move(map.begin()->first), "z"};
-  swap(strings[0], strings[2]);
-  EXPECT_EQ(strings[0], "z");
-  EXPECT_EQ(shares(text), 2u);
-  Tstring moved = std::move(strings[2]);
-  EXPECT_EQ(shares(text), 2u);
-  EXPECT_TRUE(strings[2].empty()); // NOLINT(bugprone-use-after-move)
   const unsigned char* const pascal = Tstring(std::string(300, 'p')).asPascal();
   EXPECT_EQ(pascal[0] + pascal[255], 255 + 'p');
 }
@@ -309,9 +268,17 @@ TEST(Tstring, agreesWithItsModel)
     const auto count = number(models[j].size() - at);
     const std::string part = models[j].substr(at, count);
     const auto room = number(80);
-    const auto c = static_cast<char>('a' + step % 26);
+    const auto c = static_cast<char>('a' + step % 26 * 5);
     const std::function<void()> edits[] = {
       [&] { string = strings[j], model = models[j]; },
+      [&] { string = strings[j].substring(at, room), model = at > room ? "" : models[j].substr(at, room - at + 1); },
+      [&] { string = Tstring(std::move(strings[j])), model = std::exchange(models[j], ""); },
+      [&] {
+        EXPECT_EQ(string.index(c, at), long(model.find(c, at)));
+        EXPECT_EQ(string.rindex(c, at), long(model.rfind(c, at)));
+        EXPECT_EQ(string.findstr(Tstring(part)), model.empty() ? -1 : long(model.find(part)));
+        EXPECT_EQ(string.compare(strings[j]), std::clamp(model.compare(models[j]), -1, 1));
+      },
       [&] { string.append(strings[j].asC() + at, count), model += part; },
       [&] { string.set(strings[j].asC() + at, count), model = part; },
       [&] { string += c, model += c; },
@@ -349,12 +316,10 @@ TEST(Tstring, isEmptyWithoutMemory)
   const std::pair<void (*)(Tstring&), const char*> steps[] = {
     {[](Tstring& s) { s += "!"; }, "some text, longer than the first buffer!"},
     {[](Tstring& s) { s.substitute(from, to); }, "some twoextwo, longer twohan twohe firstwo buffer"},
-    {[](Tstring& s) { s.toUpperCase(); }, "SOME TEXT, LONGER THAN THE FIRST BUFFER"},
     {[](Tstring& s) { s.removeSpaces(); }, "sometext,longerthanthefirstbuffer"},
     {[](Tstring& s) { Tstring::format(&s, "%s %.3f", source.asC(), 0.123456); },
      "some text, longer than the first buffer  0.123"},
     {[](Tstring& s) { s.set("\n"), s.encodeEscapeSequences(0); }, "\\n"},
-    {[](Tstring& s) { s = source + "+"; }, "some text, longer than the first buffer+"},
   };
   const int runs = forEachFailingAllocation([&] {
     for (const auto& [change, expected] : steps)

@@ -20,7 +20,6 @@ TEST_F(FlinspectTest, ReportsDepartures)
   const std::pair<std::string, std::string> cases[] = {
     // Good files.
     {form(body), ""},
-    {form("") + form(body, "CAT "), ""},
     {chunk("LIS8", "TEST" + chunk("PROP", "TEST" + chunk("NAME", "1", 8), 8) + chunk("NAME", "12345", 8), 8), ""},
     {chunk("LIST", "TEST" + form(body, "PROP") + form(body)), ""},
     {begun(kStreamed) + header("BODY", kStreamed) + "1234" + kEovc + kGend, ""},
@@ -29,12 +28,9 @@ TEST_F(FlinspectTest, ReportsDepartures)
     {form("FORX\0\0\0\0"s), ""},
     // Padding.
     {begun(13) + "BODY\0\0\0\1x\0"s, "21: oddity: the padding of BODY is not counted in the size of FORM"},
-    {begun(14, "FOR4") + "BODY\0\0\0\1x\0\0\0"s, "21: oddity: the padding of BODY is not counted in the size of FOR4"},
     {begun(14) + "BODY\0\0\0\1x"s, "21: oddity: the file ends before the padding of BODY"},
     {form("BODY\0\0\0\1xy"s), "21: oddity: the padding of BODY is not zero"},
     {form("BODY\0\0\0\1x\0\0\0"s + body), "22: oddity: 2 bytes of padding more than the alignment asks for"},
-    {begun(kStreamed) + chunk("BODY", "1234") + chunk("BODY", "12") + kGend + "\0\0"s,
-     "42: oddity: 2 bytes of padding more than the alignment asks for"},
     {form(body + "\0\0\0\0"s), "22: oddity: 2 bytes of padding more than the alignment asks for\n"
                                "24: oddity: 2 bytes at the end of FORM are too few for a chunk"},
     {form(body + "1234567"), "22: error: 7 bytes at the end of FORM are too few for a chunk"},
@@ -44,7 +40,6 @@ TEST_F(FlinspectTest, ReportsDepartures)
      "12: oddity: the size of BODY stands for the rest of the file\n"
      "0: oddity: the size of FORM stands for the rest of the file"},
     {begun(100) + body, "22: error: the file ends 86 bytes before the end of FORM"},
-    {form(header("BODY", 0x7FFFFFFF) + "12"), "12: error: BODY goes 2147483645 bytes past the end of FORM"},
     {form(begun(40, "LIST") + body), "12: error: LIST goes 26 bytes past the end of FORM"},
     {form(header("LIST", 3) + "123\0"s + body), "12: error: LIST is too short for a type id"},
     {form(header("BODY", kPatched) + "12"), "12: error: the size of BODY was never filled in"},
@@ -129,21 +124,16 @@ TEST_F(FlinspectTest, NoTruncationGoesUnnoticed)
 
 TEST_F(FlinspectTest, TreeShowsTheNesting)
 {
-  const Result tree = run({SAMPLES "/scene-streamed.for4", path("none"), SAMPLES "/stripes.ilbm"});
-  EXPECT_EQ(tree.status, 2); // the worst of three
+  const Result tree = run({SAMPLES "/scene-streamed.for4", path("none")});
+  EXPECT_EQ(tree.status, 2); // the worst of both
   EXPECT_EQ(tree.out, SAMPLES "/scene-streamed.for4:\n"
                               "    offset       size pad  chunk\n"
                               "         0   streamed   -  FOR4 SCEN\n"
                               "        12   streamed   -    NAME\n"
                               "        36   streamed   -    FOR4 SHAP\n"
-                              "        48          4   0      NAME\n"
-                              "\n" SAMPLES "/stripes.ilbm:\n"
-                              "    offset       size pad  chunk\n"
-                              "         0         86   0  FORM ILBM\n"
-                              "        12         20   0    BMHD\n"
-                              "        40          6   0    CMAP\n"
-                              "        54         32   0    BODY\n");
+                              "        48          4   0      NAME\n");
   EXPECT_EQ(tree.err.find("flinspect: " + path("none") + ": "), 0U) << tree.err;
+
   EXPECT_NE(run({"--color=always", SAMPLES "/stripes.ilbm"}).out.find("\x1b[1;34mFORM\x1b[m"), std::string::npos);
 
   std::string deep;
@@ -169,15 +159,12 @@ TEST_F(FlinspectTest, DumpFindsTheChunk)
     EXPECT_EQ(dumped.status, 0) << name << dumped.err;
     EXPECT_EQ(dumped.out.substr(std::min<std::size_t>(dumped.out.size(), 51)), data + "\n"s) << name;
   }
-  for (const char* none : {"FORM/LIST/BODY[2]", "FORM/LIST", "FORM/BODY/BODY", "FORM[2]/BODY", "FORM/BODY[0]",
-                           "FORM//BODY", "FORM/BODY[9999999999]", "", "FORM/BODY]", "FORM/\\x4"})
+  for (const char* none :
+       {"FORM/LIST/BODY[2]", "FORM/LIST", "FORM/BODY[0]", "FORM/BODY[9999999999]", "", "FORM/BODY]", "FORM/\\x4"})
   {
     const Result dumped = run({"dump", file, none});
     EXPECT_EQ(std::to_string(dumped.status) + dumped.out, "2") << none;
   }
-  EXPECT_EQ(run({"dump", SAMPLES "/tone.aiff", "FORM/COMM"}).out,
-            "00000000: 0001 0000 0191 0008 400b fa00 0000 0000  ........@.......\n"
-            "00000010: 0000                                     ..\n");
 }
 
 TEST_F(FlinspectTest, JsonOfAnyBytes)
@@ -232,15 +219,10 @@ TEST_F(FlinspectTest, ExtractStaysInItsDirectory)
 
 TEST_F(FlinspectTest, CopyIsAllOrNothing)
 {
-  for (const char* sample : {SAMPLES "/stripes.ilbm", SAMPLES "/scene.for4"})
-  {
-    EXPECT_EQ(run({"copy", sample, path("copy")}).status, 0);
-    EXPECT_EQ(read("copy"), read(sample));
-    EXPECT_EQ(run({"copy", "-", "-"}, sample).out, read(sample));
-  }
-  EXPECT_EQ(run({"copy", path("copy"), path("copy")}).status, 2);
-  // A valid file of unknown sizes, then one that is not valid, onto a file that is there.
+  EXPECT_EQ(run({"copy", "-", "-"}, SAMPLES "/stripes.ilbm").out, read(SAMPLES "/stripes.ilbm"));
+  // A valid file of unknown sizes, then itself and one that is not valid, onto a file that is there.
   EXPECT_EQ(run({"copy", SAMPLES "/scene-streamed.for4", path("copy")}).status, 0);
+  EXPECT_EQ(run({"copy", path("copy"), path("copy")}).status, 2);
   const std::string exact =
     chunk("FOR4", "SCEN" + chunk("NAME", "scene\0\0\0"s) + chunk("FOR4", "SHAP" + chunk("NAME", "cube")));
   EXPECT_EQ(read("copy"), exact);
@@ -257,12 +239,10 @@ TEST_F(FlinspectTest, Usage)
   const std::tuple<std::vector<std::string>, int, std::string> cases[] = {
     {{"--version"}, 0, "flinspect "},
     {{"--help"}, 0, "Shows"},
-    {{"copy", "--help"}, 0, "Write"},
     {{"check", sample}, 0, sample + ": valid, 1 group, 3 chunks\n"},
     {{}, 2, "flinspect: "},
     {{"--wrong", sample}, 2, "flinspect: "},
     {{"--color=sometimes", sample}, 2, "flinspect: "},
-    {{"dump", sample}, 2, "flinspect: "},
     {{"extract", sample}, 2, "flinspect: "},
     {{"copy", sample, path("x"), path("y")}, 2, "flinspect: "},
     {{"check", path(".")}, 2, "flinspect: " + path(".") + ": not a file\n"},
