@@ -33,16 +33,16 @@ public:
 
   explicit TtypedNode(Key key, const Value& value = Value())
     : fKey(std::move(key))
-    , fData(value)
+    , fValue(value)
   {
   }
 
   const Key& key() const noexcept { return fKey; }
-  Value& data() noexcept { return fData; }
-  const Value& data() const noexcept { return fData; }
+  Value& data() noexcept { return fValue; }
+  const Value& data() const noexcept { return fValue; }
 
   int compare(TdictionaryNode& other) override { return Node::order(fKey, static_cast<TtypedNode&>(other).fKey); }
-  void setValue(TdictionaryNode& other) override { fData = static_cast<TtypedNode&>(other).fData; }
+  void setValue(TdictionaryNode& other) override { fValue = static_cast<TtypedNode&>(other).fValue; }
 
   TdictionaryNode* clone(long level) override
   {
@@ -66,8 +66,9 @@ public:
   }
   void destroy() override
   {
-    static_cast<Node*>(this)->~Node();
-    std::free(static_cast<Node*>(this));
+    Node* const node = static_cast<Node*>(this);
+    node->~Node();
+    std::free(node);
   }
   TdictionaryNode*& forward(long i) override
   {
@@ -76,7 +77,7 @@ public:
 
 private:
   Key fKey;
-  Value fData;
+  Value fValue;
 };
 
 /// A dictionary of \p Node, which derives from TtypedNode. Each function makes a node of the key on the stack.
