@@ -49,6 +49,8 @@ catch (const std::exception&)
 
 long find(std::string_view text, std::string_view part) noexcept
 {
+  if (part.empty()) // whose address may be null
+    return 0;
   const void* const found = memmem(text.data(), text.size(), part.data(), part.size());
   return found ? static_cast<const char*>(found) - text.data() : -1;
 }
