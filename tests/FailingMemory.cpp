@@ -94,7 +94,11 @@ int open(const char* path, int flags, ...)
 
 int clock_gettime(clockid_t clock, timespec* time) noexcept
 {
+#  ifdef SYS_clock_gettime64
+  const long result = syscall(SYS_clock_gettime64, clock, time);
+#  else
   const long result = syscall(SYS_clock_gettime, clock, time);
+#  endif
   time->tv_sec += clock == CLOCK_MONOTONIC ? gSecondsAhead : 0;
   return int(result);
 }
