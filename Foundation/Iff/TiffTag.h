@@ -118,7 +118,7 @@ FOUNDATION_TAGS(FOUNDATION_DEFINE_OWN_TAG, FOUNDATION_DEFINE_TAG)
 #undef FOUNDATION_DEFINE_TAG
 #undef FOUNDATION_TAGS
 
-/// Writes the four characters; those that are not printable ASCII, and '\', as \xNN.
+/// Writes the four characters; those that are not printable ASCII, and '\', as \\xNN.
 FOUNDATION_API std::ostream& operator<<(std::ostream& out, TiffTag tag);
 
 template <>
