@@ -125,9 +125,9 @@ public:
   /// The record registered first with the tag; null without one. Tag 0 finds the first class that no chunk stands for.
   static Tmetaclass* findClass(TiffTag tag) noexcept;
 
-  /// Puts what derives from \p base, and then \p base itself, before the elements of \p out. Whatever stands behind a
-  /// class in \p out was registered before it or is nearer to \p base; a class that derives on two ways is listed
-  /// twice. Null for \p base adds nothing. Throws TmemoryException, \p out then holds a part.
+  /// Puts \p base before the elements of \p out, and all that derives from it before that: of the classes that have it
+  /// for a parent the one registered last first, each in the same way behind what derives from it. A class that derives
+  /// on two ways is listed twice. Null for \p base adds nothing. Throws TmemoryException, \p out then holds a part.
   static void getDerivedClasses(Tmetaclass* base, TtypeidArray& out);
 
   /// A new dictionary, the caller's, of the records that are \p base or derive from it; empty when \p base is null.
