@@ -69,6 +69,7 @@ class Tsize_tArray;
 class TsortedStringArray;
 class TstringArray;
 class TstringPtrArray;
+class TtimeRangeArray;
 class TtimeValueArray;
 class TtimeValueArrayPtrArray;
 class TtimeValuePtrArray;

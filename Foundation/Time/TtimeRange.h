@@ -69,8 +69,11 @@ public:
     return {std::min(fStart, other.fStart), std::max(fEnd, other.fEnd)};
   }
 
-  /// The range, so much later.
-  constexpr TtimeRange operator+(const TanimTime& delay) const noexcept { return {fStart + delay, fEnd + delay}; }
+  /// The range, so much later; an empty one stays as it is. Start and end wrap round one by one.
+  constexpr TtimeRange operator+(const TanimTime& delay) const noexcept
+  {
+    return isEmpty() ? *this : TtimeRange(fStart + delay, fEnd + delay);
+  }
 
   /// Empty ranges are equal.
   constexpr bool operator==(const TtimeRange& other) const noexcept
@@ -101,3 +104,7 @@ struct hash<TtimeRange>
 };
 
 } // namespace std
+
+// clang-format off
+class TtimeRangeArray : public TtypedArray<TtimeRange> { public: using TtypedArray::TtypedArray; };
+// clang-format on

@@ -160,6 +160,7 @@ TEST(TtimeRange, isASetOfMoments)
     ASSERT_EQ(a.clamp(time), none ? time : std::clamp(time, a.start(), a.end())) << code;
     ASSERT_EQ(a.duration(), none ? 0 : a.end() - a.start()) << code;
   }
+  EXPECT_EQ(TtimeRange() + 1, TtimeRange());
   EXPECT_EQ(PrintToString(TtimeRange(-3000, 5990) + 10), "[-0.498333 s - 1 s]");
 }
 
