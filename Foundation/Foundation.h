@@ -11,6 +11,7 @@
 #include "Foundation/Container/Tarray.h"
 #include "Foundation/Container/Tdictionary.h"
 #include "Foundation/Container/ThashTable.h"
+#include "Foundation/Container/TkeyedTable.h"
 #include "Foundation/Container/TobjArray.h"
 #include "Foundation/Container/TptrHashTable.h"
 #include "Foundation/Container/TsortedArray.h"

@@ -4,7 +4,7 @@
 // time. One table or size alone: --benchmark_filter=strings.1000000
 
 #include "Foundation/Container/TptrHashTable.h"
-#include "Foundation/String/Tstring.h"
+#include "Foundation/String/StringTables.h"
 #include "benchmarks/Keyed.h"
 
 #include <QByteArray>
@@ -43,41 +43,10 @@ public:
   }
 };
 
-struct Text : ThashTableEntry
-{
-  Tstring fKey;
-  std::uint64_t fValue;
-};
-
-class Texts : public ThashTable
+class Texts : public TstringKeyTable<std::uint64_t>
 {
 public:
-  Texts()
-    : ThashTable(8, 0x80000000)
-  {
-  }
-  ~Texts()
-  {
-    for (auto each = begin(); each != end();)
-      delete static_cast<Text*>(&*each++);
-  }
-  void insert(const Tstring& key, std::uint64_t value)
-  {
-    const TuInt32 hash = key.hash();
-    if (!entryOf(key, hash))
-      insertWithHash(new Text{{}, key, value}, hash);
-  }
-  const std::uint64_t* find(const Tstring& key) const
-  {
-    const Text* entry = entryOf(key, key.hash());
-    return entry ? &entry->fValue : nullptr;
-  }
-
-private:
-  Text* entryOf(const Tstring& key, TuInt32 hash) const
-  {
-    return findEntry<Text>(hash, [&key](const Text& each) { return each.fKey == key; });
-  }
+  void insert(const Tstring& key, std::uint64_t value) { insertUnique(key, value); }
 };
 
 template <class Map>
@@ -133,7 +102,7 @@ int main(int argc, char** argv)
     const auto theirs = std::make_shared<Keys<std::string>>(size, text);
     const auto qt =
       std::make_shared<Keys<QByteArray>>(size, [&](std::uint64_t n) { return QByteArray(text(n).c_str()); });
-    addKeyed<Texts>(cases, "strings", "ThashTable", true, ours);
+    addKeyed<Texts>(cases, "strings", "TstringKeyTable", true, ours);
     addKeyed<Peer<std::unordered_map<std::string, std::uint64_t>>>(cases, "strings", "std", false, theirs);
     addKeyed<Peer<boost::unordered_map<std::string, std::uint64_t>>>(cases, "strings", "boost", false, theirs);
     addKeyed<QtPeer<QByteArray>>(cases, "strings", "QHash", false, qt);

@@ -1,23 +1,19 @@
-// Interned names and string tables beside sets and maps of strings.
+// Interned names beside sets of strings.
 //
 // Names are "numbered", as makeUnique() numbers them, or "random", which have a random number; they are asked for in
 // random order. To intern a name is compared with finding and inserting it in a set, to let its last holder go with
 // erasing it. Only std::set is ordered, as the dictionary of names is, though it does not put 9 before 10. One table
 // alone: --benchmark_filter=intern.random.1000000
 
-#include "Foundation/String/StringTables.h"
 #include "Foundation/String/Tname.h"
 #include "benchmarks/Keyed.h"
 
 #include <QByteArray>
-#include <QHash>
 #include <QSet>
-#include <absl/container/flat_hash_map.h>
 #include <absl/container/flat_hash_set.h>
 #include <array>
 #include <cstring>
 #include <set>
-#include <unordered_map>
 #include <unordered_set>
 
 namespace {
@@ -171,32 +167,6 @@ void addValues(std::vector<Case>& cases, const char* name, const std::shared_ptr
   addComparison("less", less);
 }
 
-class Table : public TstringKeyTable<std::uint64_t>
-{
-public:
-  void insert(const Tstring& key, std::uint64_t value) { insertUnique(key, value); }
-};
-
-template <class Map>
-class MapPeer
-{
-public:
-  void insert(const typename Map::key_type& key, std::uint64_t value) { fMap[key] = value; }
-  const std::uint64_t* find(const typename Map::key_type& key) const
-  {
-    const auto found = fMap.find(key);
-    if (found == fMap.end())
-      return nullptr;
-    if constexpr (std::is_same_v<Map, QHash<QByteArray, std::uint64_t>>)
-      return &*found;
-    else
-      return &found->second;
-  }
-
-private:
-  Map fMap;
-};
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -224,22 +194,5 @@ int main(int argc, char** argv)
   });
   addValues<QByteArray>(cases, "QByteArray", load,
                         [](const QByteArray& left, const QByteArray& right) { return left < right; });
-  for (const std::size_t size : {1000U, 30000U, 1000000U})
-  {
-    const auto text = [](std::uint64_t number) { return "object" + std::to_string(number); };
-    const auto ours = std::make_shared<Keys<Tstring>>(size, [&](std::uint64_t n) { return Tstring(text(n).c_str()); });
-    const auto theirs = std::make_shared<Keys<std::string>>(size, text);
-    const auto qt =
-      std::make_shared<Keys<QByteArray>>(size, [&](std::uint64_t n) { return QByteArray(text(n).c_str()); });
-    addKeyed<Table>(cases, "strings", "TstringKeyTable", true, ours);
-    addKeyed<MapPeer<std::unordered_map<std::string, std::uint64_t>>>(cases, "strings", "std", false, theirs);
-    addKeyed<MapPeer<absl::flat_hash_map<std::string, std::uint64_t>>>(cases, "strings", "absl", false, theirs);
-    addKeyed<MapPeer<QHash<QByteArray, std::uint64_t>>>(cases, "strings", "QHash", false, qt);
-  }
-  for (const Case& each : cases)
-  {
-    if (each.name == "TstringKeyTable")
-      aims.insert(aims.end(), {{each.table, each.name, "std", 1}, {each.table, each.name, "QHash", 1}});
-  }
   return runRatios(argc, argv, cases, aims);
 }
