@@ -116,7 +116,7 @@ private:
     case 15: gave = count == 300 ? fFile.close() : 0; break;
     default: break;
     }
-    std::get<3>(fEvents[number]) = gave + int(type);
+    std::get<3>(fEvents[number]) = int(TuInt32(gave) + type);
     return 0;
   }
 };
