@@ -1,10 +1,10 @@
 /// \file
 /// ThashTable: the chained hash table under every table of names, strings, tags and addresses.
 ///
-/// Derive from it to make a keyed table: the entries carry key, value and hash, the derived table compares keys and
-/// owns the entries. Look-up is a mask and a walk along a chain that is shorter than one entry on average (the table
-/// grows beyond 3/8 of its bucket count). No entry is ever copied or allocated here. The trap: the order of iteration
-/// changes whenever the bucket count does.
+/// TkeyedTable makes a table of it that owns its entries. Derive from it where they are somebody else's: the entries
+/// carry key, value and hash, the derived table compares keys. Look-up is a mask and a walk along a chain that is
+/// shorter than one entry on average (the table grows beyond 3/8 of its bucket count). No entry is ever copied or
+/// allocated here. The trap: the order of iteration changes whenever the bucket count does.
 
 #pragma once
 
