@@ -29,6 +29,7 @@
 #include "Foundation/Debug/Texception.h"
 #include "Foundation/Debug/Treporter.h"
 #include "Foundation/Debug/TstackTrace.h"
+#include "Foundation/File/Tfile.h"
 #include "Foundation/Iff/FL.h"
 #include "Foundation/Iff/TiffFile.h"
 #include "Foundation/Iff/TiffParserCallback.h"
