@@ -5,7 +5,9 @@
 #include "Foundation/Data/TtypeDictionary.h"
 #include "Foundation/Data/Typed.h"
 #include "Foundation/Debug/Texception.h"
+#include "Foundation/File/Tdirectory.h"
 #include "Foundation/File/Tfile.h"
+#include "Foundation/File/TfileStream.h"
 #include "Foundation/String/TnameDictionary.h"
 #include "Foundation/String/TnameObject.h"
 
@@ -33,4 +35,13 @@ DERIVED(TtypeDictionary, 72, Tdictionary)
 DERIVED(TnameDictionaryNode, 20, TdictionaryNode)
 DERIVED(TnameDictionary, 72, Tdictionary)
 ROOT(TnameObject, "TnameObject", 16)
+ROOT(Tfilesystem, "filesystem", 28)
+DERIVED(Tdirectory, 28, Tfilesystem)
+DERIVED(TappDirectory, 28, Tdirectory)
+DERIVED(TtemporaryDirectory, 28, Tdirectory)
+DERIVED(TpreferencesDirectory, 28, Tdirectory)
+DERIVED(TuserBitmapsDirectory, 28, Tdirectory)
+DERIVED(TuserScriptDirectory, 28, Tdirectory)
+DERIVED(TuserShelfDirectory, 28, Tdirectory)
+DERIVED(TfileStream, 1256, Tfilesystem)
 ROOT(Tfile, "file", 44)
