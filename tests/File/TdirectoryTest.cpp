@@ -74,7 +74,7 @@ TEST(Tdirectory, KnowsWhereAUsersFilesAre)
     {"TMPDIR", "/x"},
     {"XDG_CONFIG_HOME", "relative"},
     {"XDG_DATA_HOME", "/data"},
-    {"HOME", "/home/u"},
+    {"HOME", "/u"},
 #endif
   };
   std::string before[std::size(variables)];
@@ -87,7 +87,7 @@ TEST(Tdirectory, KnowsWhereAUsersFilesAre)
 #ifdef _WIN32
   const char* const expected[] = {"T:/x", "A:/x/vexa", "A:/x/vexa/bitmaps", "A:/x/vexa/scripts", "A:/x/vexa/shelves"};
 #else
-  const char* const expected[] = {"/x", "/home/u/.config/vexa", "/data/vexa/bitmaps", "/data/vexa/scripts",
+  const char* const expected[] = {"/x", "/u/.config/vexa", "/data/vexa/bitmaps", "/data/vexa/scripts",
                                   "/data/vexa/shelves"};
 #endif
   TtemporaryDirectory temporary;
