@@ -26,13 +26,13 @@ struct TanswersToComparison
 
 /// By TorderOfData.
 inline constexpr TanswersToComparison kAnswers[] = {
-  {kIsNotEqual | kIsLess | kIsLessOrEqual, 0},                          // kLess
-  {kIsEqual | kIsLessOrEqual | kIsGreaterOrEqual, 0},                   // kEqual
-  {kIsNotEqual | kIsGreater | kIsGreaterOrEqual, 0},                    // kGreater
-  {kIsNotEqual, 0},                                                     // kUnordered
-  {kIsEqual | kIsGreater | kIsGreaterOrEqual, kAllOfOrder},             // kSame
-  {kIsNotEqual | kIsGreater | kIsGreaterOrEqual, kAllOfOrder},          // kDifferent
-  {kIsNotEqual | kIsGreater | kIsGreaterOrEqual, kAllComparisons},      // kIncompatible
+  {kIsNotEqual | kIsLess | kIsLessOrEqual, 0},                     // kLess
+  {kIsEqual | kIsLessOrEqual | kIsGreaterOrEqual, 0},              // kEqual
+  {kIsNotEqual | kIsGreater | kIsGreaterOrEqual, 0},               // kGreater
+  {kIsNotEqual, 0},                                                // kUnordered
+  {kIsEqual | kIsGreater | kIsGreaterOrEqual, kAllOfOrder},        // kSame
+  {kIsNotEqual | kIsGreater | kIsGreaterOrEqual, kAllOfOrder},     // kDifferent
+  {kIsNotEqual | kIsGreater | kIsGreaterOrEqual, kAllComparisons}, // kIncompatible
 };
 
 inline bool isTrue(Tcomparison comparison, TorderOfData order) noexcept

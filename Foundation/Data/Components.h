@@ -7,6 +7,7 @@
 #include "Foundation/Data/TargList.h"
 #include "Foundation/Data/Tdata.h"
 #include "Foundation/Data/TmetaLetter.h"
+#include "Foundation/Debug/Texception.h"
 #include "Foundation/String/Tstring.h"
 
 #include <algorithm>
@@ -130,11 +131,17 @@ inline unsigned int endOfArguments(const TargList& arguments, unsigned int next,
 }
 
 /// A new letter of the kind that the argument at \p at names, which is passed over then; null when it names none.
+/// Throws TmemoryException.
 inline TdataLetter* namedLetter(const TargList& arguments, unsigned int& at)
 {
   Tstring name;
-  TdataLetter* letter = arguments.asString(at, name) ? TdataLetter::construct(TmetaLetter::findTypeid(name.asC())) : nullptr;
-  at += letter != nullptr;
+  Tmetaclass* type = arguments.asString(at, name) ? TmetaLetter::findTypeid(name.asC()) : nullptr;
+  if (!type)
+    return nullptr;
+  TdataLetter* letter = TdataLetter::construct(type);
+  if (!letter)
+    throw TmemoryException();
+  ++at;
   return letter;
 }
 

@@ -367,7 +367,9 @@ long Tdata::readBinary(TiffTag tag, unsigned long& size, void*& data)
   else
   {
     Tdata letter(TmetaLetter::construct(tag));
-    if (letter.isNULL() || letter.fLetter->readBinary(tag, size, data) != 0)
+    if (letter.isNULL())
+      throw TmemoryException();
+    if (letter.fLetter->readBinary(tag, size, data) != 0)
     {
       // Claimed, but not by what it holds: kept as it is, like a chunk that nobody claims.
       letter = Tdata(makeNew<TdataUnknown>());

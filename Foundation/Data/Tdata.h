@@ -295,9 +295,18 @@ public:
   }
 
   friend Tdata operator+(const Tdata& left, const Tdata& right) { return left.combined(ToperationOnData::kAdd, right); }
-  friend Tdata operator-(const Tdata& left, const Tdata& right) { return left.combined(ToperationOnData::kSubtract, right); }
-  friend Tdata operator*(const Tdata& left, const Tdata& right) { return left.combined(ToperationOnData::kMultiply, right); }
-  friend Tdata operator/(const Tdata& left, const Tdata& right) { return left.combined(ToperationOnData::kDivide, right); }
+  friend Tdata operator-(const Tdata& left, const Tdata& right)
+  {
+    return left.combined(ToperationOnData::kSubtract, right);
+  }
+  friend Tdata operator*(const Tdata& left, const Tdata& right)
+  {
+    return left.combined(ToperationOnData::kMultiply, right);
+  }
+  friend Tdata operator/(const Tdata& left, const Tdata& right)
+  {
+    return left.combined(ToperationOnData::kDivide, right);
+  }
 
   /// This value with the operation applied; a letter is a new one.
   Tdata combined(ToperationOnData operation, const Tdata& other) const;

@@ -230,7 +230,8 @@ long TdataCompound::readBinary(TiffTag tag, unsigned long& size, void*& data)
   at = putBigEndian(at, tag.value());
   std::copy_n(static_cast<const char*>(data), size, at);
   char name[64];
-  std::snprintf(name, sizeof name, "mem:%llu,%lu", static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(group.data())), kHeader + size);
+  std::snprintf(name, sizeof name, "mem:%llu,%lu",
+                static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(group.data())), kHeader + size);
   const int error = flerrno;
   TiffFile file(name, "r");
   TdataReader reader;

@@ -40,8 +40,8 @@ public:
   /// The child at \p index, which is not checked.
   const Tdata& operator[](unsigned int index) const noexcept { return fChildren[index]; }
 
-  /// The letter of the child at \p index, to be changed: the child becomes its writer. Null when there is no such child,
-  /// or its letter is no \p type. Throws TmemoryException.
+  /// The letter of the child at \p index, to be changed: the child becomes its writer. Null when there is no such
+  /// child, or its letter is no \p type. Throws TmemoryException.
   TdataLetter* operator()(unsigned int index, Tmetaclass* type);
 
   /// Appends a child; of a letter, a holder. False for kinds with a length of their own.

@@ -1,9 +1,9 @@
 /// \file
 /// TdataLetter: the base of the values that are shared between handles (Tdata): tuples, arrays, matrices, colours.
 ///
-/// Use the kinds in TdataCompound.h, TdataTuple.h, TdataArrays.h, TdataMatrix.h, TdataColor.h and TdataUnknown.h through
-/// handles; derive from TdataLetter, or from one of these, for a kind of your own. The trap: a letter that no handle has
-/// taken yet belongs to whoever made it.
+/// Use the kinds in TdataCompound.h, TdataTuple.h, TdataArrays.h, TdataMatrix.h, TdataColor.h and TdataUnknown.h
+/// through handles; derive from TdataLetter, or from one of these, for a kind of your own. The trap: a letter that no
+/// handle has taken yet belongs to whoever made it.
 
 #pragma once
 
@@ -144,15 +144,15 @@ public:
   /// The status of a letter that cannot be read or written, or not from this.
   static constexpr long kFailed = -1;
 
-  /// Takes the value from the arguments from \p next on, of which \p count belong to it at most (below 0: all), and sets
-  /// \p next behind them. On failure it stays.
+  /// Takes the value from the arguments from \p next on, of which \p count belong to it at most (below 0: all), and
+  /// sets \p next behind them. On failure it stays.
   virtual long readASCII(TargList& arguments, unsigned int& next, long count);
 
   /// Takes the value from a chunk with the id \p tag and the \p size bytes at \p data; then both are what is left.
   virtual long readBinary(TiffTag tag, unsigned long& size, void*& data);
 
-  /// Writes the value as arguments separated by blanks, and by a line's end behind each \p perLine of many alike if that
-  /// is above 0. The status is the file's error.
+  /// Writes the value as arguments separated by blanks, and by a line's end behind each \p perLine of many alike if
+  /// that is above 0. The status is the file's error.
   virtual long writeASCII(Tfile& file, long perLine);
 
   /// Writes the value as one chunk or group into a file that is open for that. The status is the engine's.

@@ -1,14 +1,15 @@
 /// \file
-/// TdataNumbers: what the letters have in common whose value is a row of numbers of one type: arrays, matrices, colours.
+/// TdataNumbers: what the letters have in common whose value is a row of numbers of one type: arrays, matrices,
+/// colours.
 
 #pragma once
 
 #include "Foundation/Data/TdataLetter.h"
 
 /// A row of numbers as a letter. Values are compared number by number, the first difference decides, and a row comes
-/// before one that it begins; where the length is fixed there is no order. Arithmetic is done number by number, with one number for all in products and quotients
-/// only. The letters must be of one kind, and for arithmetic of one length. Whole numbers are computed in double and
-/// brought back as Tdata::convertTo() does.
+/// before one that it begins; where the length is fixed there is no order. Arithmetic is done number by number, with
+/// one number for all in products and quotients only. The letters must be of one kind, and for arithmetic of one
+/// length. Whole numbers are computed in double and brought back as Tdata::convertTo() does.
 class FOUNDATION_API TdataNumbers : public TdataLetter
 {
 public:

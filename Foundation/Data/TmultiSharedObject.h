@@ -66,10 +66,8 @@ private:
 
 /// References of one kind.
 class TsharedObject : public TsharedObjectOf<1>
-{
-};
+{};
 
 /// References of two kinds.
 class TmultiSharedObject : public TsharedObjectOf<2>
-{
-};
+{};

@@ -23,8 +23,8 @@ decltype(auto) visitLetter(Visitor&& visitor, const TdataLetter& letter)
 }
 
 /// Calls \p visitor with what \p data holds: a double, a TanimTime, nullptr for NULL, or the letter: as its own kind if
-/// that is the library's, otherwise as a TdataLetter. All must be accepted, and give the same type; a template or a base
-/// class accepts several. Returns what the visitor returns. A letter costs up to 16 comparisons.
+/// that is the library's, otherwise as a TdataLetter. All must be accepted, and give the same type; a template or a
+/// base class accepts several. Returns what the visitor returns. A letter costs up to 16 comparisons.
 ///
 /// \code
 ///   struct Length
