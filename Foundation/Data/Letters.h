@@ -14,7 +14,7 @@ void* createLetter(Tmetaclass* requested)
   {
     return createTyped<Letter>(requested);
   }
-  catch (const TmemoryException&)
+  catch (const std::exception&)
   {
     return nullptr;
   }

@@ -42,7 +42,11 @@ void appendNumber(Tstring& text, const double& value) noexcept
     text.append(std::string_view(digits, at));
   }
   else
-    text.append(std::string_view(digits, std::to_chars(digits, digits + sizeof digits, value).ptr));
+  {
+    const bool isShortWhole = std::fabs(value) < 1e15 && value == std::trunc(value);
+    const auto format = isShortWhole ? std::chars_format::fixed : std::chars_format::general;
+    text.append(std::string_view(digits, std::to_chars(digits, digits + sizeof digits, value, format).ptr));
+  }
 }
 
 bool parseNumber(std::string_view text, double& value) noexcept

@@ -1,8 +1,8 @@
 /// \file
 /// Numbers as text that is the same everywhere and reads back bit for bit. Internal to the library.
 ///
-/// A double is the shortest decimal form that reads back as the same one ("0.1", "1e+300", "-0"), "inf" or "-inf"; one
-/// that is no number is "nan:" and the 16 hexadecimal digits of its bits. The locale does not matter.
+/// A double is the shortest decimal form that reads back as the same one ("0.1", "1e+300"; whole numbers below 1e15
+/// without an exponent: "100000", "-0"), "inf" or "-inf"; one that is no number is "nan:" and the 16 hexadecimal digits of its bits. The locale does not matter.
 
 #pragma once
 

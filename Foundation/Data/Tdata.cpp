@@ -31,7 +31,7 @@ Tdata* Tdata::construct(Tmetaclass* type)
     if (type && type->isa(TdataLetter::fTypeid))
       return new Tdata(TdataLetter::construct(type));
   }
-  catch (const TmemoryException&)
+  catch (const std::exception&) // there is no memory
   {
   }
   return nullptr;
@@ -88,7 +88,7 @@ void Tdata::assign(const Tdata& other) noexcept
 {
   if (this == &other)
     return;
-  if (!isNumeric() && !other.isValue() && privateDataStar() == other.privateDataStar())
+  if (!isValue() && !other.isValue() && fLetter == other.fLetter)
     fFlags = (other.fFlags & ~kHolder) | (fFlags & kHolder);
   else
     Tdata(other).swap(*this);

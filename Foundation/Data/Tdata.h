@@ -222,7 +222,7 @@ public:
   Tdata& operator=(TdataLetter* letter) noexcept;
 
   /// Holds a copy. Throws TmemoryException.
-  Tdata& operator=(const TdataLetter& letter) { return *this = Tdata(letter); }
+  Tdata& operator=(const TdataLetter& letter) { return *this = letter.copy(); }
 
   void swap(Tdata& other) noexcept
   {

@@ -7,6 +7,7 @@
 #include "Foundation/Debug/Texception.h"
 #include "Foundation/Iff/TiffFile.h"
 #include "tests/FailingMemory.h"
+#include "tests/Iff/Chunks.h"
 
 #include <gtest/gtest.h>
 
@@ -24,12 +25,6 @@
 namespace {
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-
-// "mem:" for the engine.
-std::string memoryName(const std::vector<char>& block)
-{
-  return "mem:" + std::to_string(reinterpret_cast<std::uintptr_t>(block.data())) + "," + std::to_string(block.size());
-}
 
 std::string text(const Tdata& data)
 {
@@ -96,7 +91,7 @@ Tdata randomTree(std::mt19937_64& random)
 std::vector<char> fileOf(const Tdata& data)
 {
   std::vector<char> block(100000);
-  TiffFile file(memoryName(block).c_str(), "w");
+  TiffFile file(memoryName(block.data(), block.size()).c_str(), "w");
   EXPECT_EQ(data.writeBinary(file), 0) << text(data);
   block.resize(std::size_t(file.tell()));
   EXPECT_EQ(file.close(), 0);
@@ -105,7 +100,7 @@ std::vector<char> fileOf(const Tdata& data)
 
 Tdata readFile(const std::vector<char>& block)
 {
-  TiffFile file(memoryName(block).c_str(), "r");
+  TiffFile file(memoryName(block.data(), block.size()).c_str(), "r");
   TdataReader reader;
   file.setCallbackObject(&reader);
   EXPECT_EQ(file.parse(), 0);
@@ -152,6 +147,8 @@ TEST(Tdata, SharesLettersUntilTwoWouldWrite)
   EXPECT_TRUE(second.isFromCache() && second.isNumeric() && second.writer());
   first = static_cast<TdataLetter*>(nullptr);
   EXPECT_TRUE(first.isNULL() && first.isFromCache());
+  second = TanimTime(5);
+  EXPECT_TRUE((second = first).isNULL());
   EXPECT_EQ(&first.letter(), &second.letter());
 }
 
@@ -374,7 +371,7 @@ TEST(Tdata, RefusesWhatIsNoValueAndKeepsWhatItHas)
     tower = Tdata(compound);
   }
   std::vector<char> block(10000);
-  TiffFile file(memoryName(block).c_str(), "w");
+  TiffFile file(memoryName(block.data(), block.size()).c_str(), "w");
   EXPECT_NE(tower.writeBinary(file), 0);
   EXPECT_EQ(file.tell(), 0);
   EXPECT_EQ(tower.letterAs<TdataCompound>()->begin()->writeBinary(file), 0);
@@ -457,7 +454,7 @@ TEST(Tdata, LosesNothingWhenMemoryRunsOut)
     }
     try
     {
-      TiffFile reading(memoryName(file).c_str(), "r");
+      TiffFile reading(memoryName(file.data(), file.size()).c_str(), "r");
       TdataReader reader;
       reading.setCallbackObject(&reader);
       EXPECT_TRUE(!reading.isActive() || reading.parse() != 0 || reader.values()[0] == tree);
