@@ -68,7 +68,7 @@ bool TdataCompound::copyData(unsigned int index, const Tdata& data)
 
 bool TdataCompound::setGroup(TiffTag id, TiffTag type) noexcept
 {
-  if (!(FLidflags(id.value()) & kFLidGroup))
+  if (!(FLidflags(id.value()) & kFLidGroup) || (type.value() & 0x80000000U))
     return false;
   fGroupId = id;
   fGroupType = type;

@@ -56,7 +56,7 @@ public:
   const Tdata* end() const noexcept { return fChildren.end(); }
 
   /// Id and type of the group that stands for the compound in a file. Other compounds write chunks and have no use for
-  /// them. False, and nothing changes, for an id that is none of a group.
+  /// them. False, and nothing changes, for an id that is none of a group and a type whose top bit is set.
   TiffTag groupId() const noexcept { return fGroupId; }
   TiffTag groupType() const noexcept { return fGroupType; }
   bool setGroup(TiffTag id, TiffTag type) noexcept;

@@ -15,7 +15,8 @@ int TdataReader::iffVFormMethod1(TiffFile&, TiffTag group, TiffTag type)
     return kFLbadBlock;
   auto* compound = makeNew<TdataCompound>();
   const Tdata value(compound);
-  compound->setGroup(group, type);
+  if (!compound->setGroup(group, type))
+    return kFLbadId;
   fOpen.buffer(1); // which may fail, and must not between the two
   add(value);
   fOpen.addLast(compound);

@@ -10,7 +10,7 @@ class TdataCompound;
 
 /// A receiver for TiffFile::parse(). Each chunk becomes the value that Tdata::readBinary() makes of it, each group a
 /// TdataCompound with the group's id and type, whose children are what stands in it. What is written again by
-/// Tdata::writeBinary() is the same file, but for padding and the order of marks.
+/// Tdata::writeBinary() is the same file, but for its marks and what its padding holds.
 ///
 /// \code
 ///   TiffFile file("scene.for4", "r");
@@ -20,8 +20,8 @@ class TdataCompound;
 ///     std::cout << reader.values()[0];
 /// \endcode
 ///
-/// Stops the parse with kFLbadBlock at more than TdataCompound::kMostLevels groups in each other. Throws
-/// TmemoryException through parse().
+/// Stops the parse with kFLbadBlock at more than TdataCompound::kMostLevels groups in each other, and with kFLbadId at
+/// a type that cannot be written. Throws TmemoryException through parse().
 class FOUNDATION_API TdataReader : public TiffParserCallback
 {
 public:
