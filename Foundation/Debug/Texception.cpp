@@ -47,6 +47,7 @@ KEPT_EXCEPTION(TmemoryException)
 KEPT_EXCEPTION(ThandledException)
 KEPT_EXCEPTION(TresourceException)
 KEPT_EXCEPTION(TfailedException)
+KEPT_EXCEPTION(TfileException)
 KEPT_EXCEPTION(TunimplementedException)
 KEPT_EXCEPTION(TbadDataCast)
 KEPT_EXCEPTION(TincompatibleData)
@@ -109,6 +110,17 @@ TfailedException::TfailedException(long code)
 }
 
 const char* TfailedException::what() const noexcept
+{
+  return fText;
+}
+
+TfileException::TfileException(long code)
+  : fCode(Tint32(code))
+{
+  std::snprintf(fText, sizeof fText, "TfileException: status %ld (%s)", long(fCode), std::strerror(int(fCode)));
+}
+
+const char* TfileException::what() const noexcept
 {
   return fText;
 }

@@ -140,6 +140,26 @@ private:
   char fText[40];
 };
 
+/// An operation on a file failed with a status, an errno. The library's own report it by return value.
+class FOUNDATION_API TfileException : public Texception
+{
+public:
+  explicit TfileException(long code);
+
+  Tint32 code() const noexcept { return fCode; }
+  const char* what() const noexcept override;
+
+  Tmetaclass* typeof() const override;
+  void* cast(Tmetaclass* type) override;
+  static void* construct(Tmetaclass* type);
+  Texception* cache() const override;
+  static Tmetaclass* fTypeid;
+
+private:
+  Tint32 fCode;
+  char fText[120]; // with what the system calls the status
+};
+
 /// What was asked for is not there yet.
 class FOUNDATION_API TunimplementedException : public Texception
 {

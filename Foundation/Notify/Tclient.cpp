@@ -1,6 +1,6 @@
 #include "Foundation/Notify/Tclient.h"
 
-#include "Foundation/Notify/Typed.h"
+#include "Foundation/Data/Typed.h"
 
 TYPE_RECORD(Tclient, 4, nullptr, 0, 0);
 TYPE_CAST(Tclient, Tuntyped)

@@ -1,7 +1,7 @@
 #include "Foundation/Notify/TclientServer.h"
 
 #include "Foundation/Container/TtypedArray.h"
-#include "Foundation/Notify/Typed.h"
+#include "Foundation/Data/Typed.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,7 +1,7 @@
 #include "Foundation/Notify/Tcondition.h"
 
 #include "Foundation/Container/PtrArrays.h"
-#include "Foundation/Notify/Typed.h"
+#include "Foundation/Data/Typed.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "Foundation/Notify/TmessageCenter.h"
 
-#include "Foundation/Notify/Typed.h"
+#include "Foundation/Data/Typed.h"
 
 TYPE_RECORD(TmessageCenter, 12, nullptr, 0, 0, &TclientServer::fTypeid);
 TYPE_CAST(TmessageCenter, TclientServer)

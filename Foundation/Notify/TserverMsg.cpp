@@ -1,6 +1,6 @@
 #include "Foundation/Notify/TserverMsg.h"
 
-#include "Foundation/Notify/Typed.h"
+#include "Foundation/Data/Typed.h"
 
 TYPE_RECORD(TserverMsg, 4, nullptr, 0, 0);
 TYPE_CAST(TserverMsg, Tuntyped)

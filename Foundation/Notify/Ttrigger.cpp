@@ -1,7 +1,7 @@
 #include "Foundation/Notify/Ttrigger.h"
 
 #include "Foundation/Container/PtrArrays.h"
-#include "Foundation/Notify/Typed.h"
+#include "Foundation/Data/Typed.h"
 
 #include <algorithm>
 #include <utility>

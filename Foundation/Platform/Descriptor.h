@@ -18,6 +18,7 @@ enum OpenFlags : unsigned
   kOpenWrite = 2,
   kOpenCreate = 4,    // creates what is missing, empties what exists
   kOpenExclusive = 8, // with kOpenCreate: fails with EEXIST on what exists
+  kOpenAppend = 16,   // creates what is missing, every write goes to the end
 };
 
 /// Opens \p path, never inherited by child processes and never in the place of a standard stream, in binary. -1 with

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <memory>
 #include <string>
 
@@ -24,6 +25,7 @@ TEST(Texception, TellsKeepsAndKnowsItsKind)
     {new TincompatibleData, "TincompatibleData", 4, ""},
     {new ThandledException(TfailedException(-7)), "ThandledException", 8, ": TfailedException: status -7"},
     {new TfailedException(12), "TfailedException", 8, ": status 12"},
+    {new TfileException(EISDIR), "TfileException", 8, ": status " + std::to_string(EISDIR) + " (Is a directory)"},
     {new TunimplementedException("so"), "TunimplementedException", 8, ": so"},
     {new TresourceException("%s %d", "lamp", 3), "TresourceException", 260, ": lamp 3"},
   };

@@ -50,6 +50,8 @@ int openFile(const char* path, unsigned flags)
   how |= (flags & kOpenRead) && (flags & kOpenWrite) ? O_RDWR : flags & kOpenWrite ? O_WRONLY : O_RDONLY;
   if (flags & kOpenCreate)
     how |= O_CREAT | (flags & kOpenExclusive ? O_EXCL : O_TRUNC);
+  if (flags & kOpenAppend)
+    how |= O_CREAT | O_APPEND;
   int descriptor;
   do
     descriptor = open(path, how, 0666);

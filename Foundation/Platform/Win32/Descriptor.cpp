@@ -34,6 +34,8 @@ int openFile(const char* path, unsigned flags)
   how |= (flags & kOpenRead) && (flags & kOpenWrite) ? _O_RDWR : flags & kOpenWrite ? _O_WRONLY : _O_RDONLY;
   if (flags & kOpenCreate)
     how |= _O_CREAT | (flags & kOpenExclusive ? _O_EXCL : _O_TRUNC);
+  if (flags & kOpenAppend)
+    how |= _O_CREAT | _O_APPEND;
   return _open(path, how, _S_IREAD | _S_IWRITE);
 }
 

@@ -1,5 +1,5 @@
 /// \file
-/// What the classes of this folder say of themselves at run time. Internal.
+/// What typed classes say of themselves at run time. Internal.
 
 #pragma once
 
@@ -34,9 +34,10 @@ struct Tuntyped
 
 // NOLINTBEGIN(bugprone-macro-parentheses): names of classes
 
-/// The record of \p Class, with its \p size on the home platform and, last, its parents; typeof() and construct().
-#define TYPE_RECORD(Class, size, ...)                                                                                  \
-  static Tmetaclass g##Class(&Class::fTypeid, #Class, size, __VA_ARGS__);                                              \
+/// The record of \p Class, with its \p name, its \p size on the home platform and, last, its parents; typeof() and
+/// construct(). In every build the record has that size, whatever the objects have.
+#define NAMED_RECORD(Class, name, size, ...)                                                                           \
+  static Tmetaclass g##Class(&Class::fTypeid, name, size, __VA_ARGS__);                                                \
   Tmetaclass* Class::fTypeid = &g##Class;                                                                              \
   Tmetaclass* Class::typeof() const                                                                                    \
   {                                                                                                                    \
@@ -46,6 +47,11 @@ struct Tuntyped
   {                                                                                                                    \
     return type && type->isa(fTypeid) ? type->construct(fTypeid) : nullptr;                                            \
   }                                                                                                                    \
+  static_assert(true, "takes the semicolon")
+
+/// The same under the name of the class, whose objects do have that size on 32 bits.
+#define TYPE_RECORD(Class, size, ...)                                                                                  \
+  NAMED_RECORD(Class, #Class, size, __VA_ARGS__);                                                                      \
   static_assert(sizeof(void*) != 4 || sizeof(Class) == (size), "objects have the recorded size on 32 bits")
 
 /// cast() of a class with one typed base, which Tuntyped stands for when there is none.

@@ -1,0 +1,44 @@
+/// \file
+/// TdataReader: makes values of the chunks of a file.
+
+#pragma once
+
+#include "Foundation/Data/Tdata.h"
+#include "Foundation/Iff/TiffParserCallback.h"
+
+class TdataCompound;
+
+/// A receiver for TiffFile::parse(). Each chunk becomes the value that Tdata::readBinary() makes of it, each group a
+/// TdataCompound with the group's id and type, whose children are what stands in it. What is written again by
+/// Tdata::writeBinary() is the same file, but for its marks and what its padding holds.
+///
+/// \code
+///   TiffFile file("scene.for4", "r");
+///   TdataReader reader;
+///   file.setCallbackObject(&reader);
+///   if (file.parse() == 0)
+///     std::cout << reader.values()[0];
+/// \endcode
+///
+/// Stops the parse with kFLbadBlock at more than TdataCompound::kMostLevels groups in each other, and with kFLbadId at
+/// a type that cannot be written. Throws TmemoryException through parse().
+class FOUNDATION_API TdataReader : public TiffParserCallback
+{
+public:
+  TdataReader() { setMethodsToUse(1); }
+
+  /// What has been read at the outermost level: as a rule one group. A group that the parse stopped in has the children
+  /// up to there.
+  const TDarray& values() const noexcept { return fValues; }
+  TDarray& values() noexcept { return fValues; }
+
+  int iffVListMethod1(TiffFile& file, TiffTag group, TiffTag type) override;
+  int iffVFormMethod1(TiffFile& file, TiffTag group, TiffTag type) override;
+  int iffVLeafMethod1(TiffFile& file, TiffTag id, Tint32 size) override;
+
+private:
+  void add(const Tdata& value);
+
+  TDarray fValues;
+  TtypedArray<TdataCompound*> fOpen; // groups, each in the one before
+};

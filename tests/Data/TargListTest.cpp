@@ -1,0 +1,143 @@
+#include "Foundation/Data/TargList.h"
+#include "Foundation/Data/Tmetaclass.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+
+namespace {
+
+std::string written(const TargList& list, unsigned long flags = 0)
+{
+  Tstring text;
+  list.appendAll(text, flags);
+  return std::string(text);
+}
+
+std::uint64_t bitsOf(double value)
+{
+  std::uint64_t bits;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits;
+}
+
+// Any bits at all, products and quotients of short numbers and powers of ten, and the ends of the range.
+TEST(TargList, NumbersReadBackBitForBit)
+{
+  using Limits = std::numeric_limits<double>;
+  std::mt19937_64 random(11);
+  TdoubleArgList numbers(TdoubleArray{0.0, -0.0, Limits::infinity(), -Limits::infinity(), Limits::max(),
+                                      Limits::denorm_min(), Limits::min(), 2147483648.0});
+  for (int i = 0; i < 30000; ++i)
+  {
+    const std::uint64_t bits = i % 9 ? random() : random() | std::uint64_t(0x7FF) << 52; // often no number
+    const double shorter = double(random() >> random() % 60), power = std::pow(10.0, double(random() % 23));
+    numbers.values().addLast(i % 3 == 1 ? shorter * power : shorter / power);
+    if (i % 3 == 0)
+      std::memcpy(&numbers.values().last(), &bits, sizeof bits);
+  }
+  TstringArgList texts;
+  ASSERT_TRUE(texts.setText(Tstring(written(numbers).c_str())));
+  ASSERT_EQ(texts.length(), numbers.length());
+  for (unsigned i = 0; i < texts.length(); ++i)
+  {
+    TdoubleArray read{0};
+    ASSERT_TRUE(texts.asDouble(i, read[0])) << texts.values()[i];
+    ASSERT_EQ(std::memcmp(read.data(), &numbers.values()[i], sizeof(double)), 0) << texts.values()[i];
+  }
+  EXPECT_EQ(written(TdoubleArgList(TdoubleArray{0.1, 1e300, -0.0, 42, 1 / 0.0})), "0.1 1e+300 -0 42 inf");
+}
+
+TEST(TargList, GivesWhatItCan)
+{
+  const TdoubleArgList numbers(TdoubleArray{1.5, -2147483648.0, 2147483648.0, std::nan(""), 1e300});
+  const TtimeArgList times(TanimTimeArray{9000, -1, Tint32(-2147483647 - 1)});
+  TstringArgList texts;
+  ASSERT_TRUE(texts.setText("1.5 42 -1t +1 2147483648 1x nan nan:7ff0000000000000 nan:7ff8 1e999 \"\" t"));
+  const char* const none = "none";
+  const struct
+  {
+    const TargList& list;
+    unsigned index;
+    double number; // -7 where there is none
+    Tint32 whole;
+    Tint32 ticks;
+    const char* text;
+  } cases[] = {
+    {numbers, 0, 1.5, -7, 9000, "1.5"},
+    {numbers, 1, -2147483648.0, -2147483647 - 1, -7, "-2147483648"},
+    {numbers, 2, 2147483648.0, -7, -7, "2147483648"},
+    {numbers, 3, std::nan(""), -7, -7, "nan:7ff8000000000000"},
+    {numbers, 4, 1e300, -7, -7, "1e+300"},
+    {numbers, 5, -7, -7, -7, none},
+    {times, 0, 1.5, -7, 9000, "9000t"},
+    {times, 1, -1 / 6000.0, -7, -1, "-1t"},
+    {times, 2, -2147483648.0 / 6000, -7, -2147483647 - 1, "-2147483648t"},
+    {times, 3, -7, -7, -7, none},
+    {texts, 0, 1.5, -7, 9000, "1.5"},
+    {texts, 1, 42, 42, 252000, "42"},
+    {texts, 2, -7, -7, -1, "-1t"},
+    {texts, 3, -7, -7, -7, "+1"},
+    {texts, 4, 2147483648.0, -7, -7, "2147483648"},
+    {texts, 5, -7, -7, -7, "1x"},
+    {texts, 6, -7, -7, -7, "nan"},
+    {texts, 7, -7, -7, -7, "nan:7ff0000000000000"}, // infinity
+    {texts, 8, -7, -7, -7, "nan:7ff8"},
+    {texts, 9, -7, -7, -7, "1e999"},
+    {texts, 10, -7, -7, -7, ""},
+    {texts, 11, -7, -7, -7, "t"},
+    {texts, 12, -7, -7, -7, none},
+  };
+  for (const auto& each : cases)
+  {
+    double number = -7;
+    Tint32 whole = -7;
+    TanimTime time(-7);
+    Tstring text("none");
+    EXPECT_EQ(each.list.asDouble(each.index, number), bitsOf(each.number) != bitsOf(-7)) << each.text;
+    EXPECT_EQ(bitsOf(number), bitsOf(each.number)) << each.text;
+    EXPECT_EQ(each.list.asInt32(each.index, whole), each.whole != -7) << each.text;
+    EXPECT_EQ(whole, each.whole) << each.text;
+    EXPECT_EQ(each.list.asTime(each.index, time), each.ticks != -7) << each.text;
+    EXPECT_EQ(time.ticks(), each.ticks) << each.text;
+    EXPECT_EQ(each.list.asString(each.index, text), each.text != none) << each.text;
+    EXPECT_EQ(text, each.text);
+    EXPECT_EQ(each.list.type(each.index).isArg(), each.text != none);
+  }
+  TargList& list = texts;
+  EXPECT_TRUE(list.typeof() == Tmetaclass::findClass("arglist") && list.cast(list.typeof()) == &list);
+}
+
+TEST(TargList, ReadsTheTextsThatItWrites)
+{
+  std::mt19937 random(3);
+  for (int i = 0; i < 2000; ++i)
+  {
+    TstringArgList list, read;
+    for (auto n = random() % 5; n != 0; --n)
+    {
+      std::string text(random() % 6, '\0');
+      for (char& c : text)
+        c = random() % 4 ? "a1\"\\ 'x"[random() % 7] : char(random());
+      list.values().addLast(Tstring(std::string_view(text)));
+    }
+    const std::string text = written(list, i % 2 ? TargList::kQuoteAll : 0);
+    ASSERT_TRUE(read.setText(Tstring(std::string_view(text)))) << text;
+    ASSERT_EQ(read.length(), list.length()) << text;
+    EXPECT_TRUE(std::equal(read.values().begin(), read.values().end(), list.values().begin())) << text;
+  }
+  TstringArgList list;
+  EXPECT_TRUE(list.setText("\f \"a b\\\"\\x41\\n\"\tC:\\n\"x\""));
+  EXPECT_EQ(written(list), "\"a b\\\"A\\n\" C:\\n\"x\"");
+  EXPECT_EQ(written(list, TargList::kQuoteAll), "\"a b\\\"A\\n\" \"C:\\\\n\\\"x\\\"\"");
+  for (const char* wrong : {"a \"b", "a \"b\\\"", "\"", "\"a\"b", "\"\\"})
+    EXPECT_FALSE(list.setText(wrong)) << wrong;
+  EXPECT_EQ(list.length(), 2u);
+  EXPECT_TRUE(list.setText("") && list.length() == 0);
+}
+
+} // namespace

@@ -1,0 +1,129 @@
+#include "Foundation/File/Tfile.h"
+#include "Foundation/Data/Tmetaclass.h"
+#include "tests/FailingMemory.h"
+#include "tests/Iff/Chunks.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <utility>
+
+namespace {
+
+// Pieces of any size, some longer than the buffer, come back in pieces of other sizes.
+TEST(Tfile, GivesBackWhatItTook)
+{
+  const Scratch scratch;
+  const Tstring path(scratch.path("bytes"));
+  std::mt19937 random(7);
+  const auto bytes = [&random](std::size_t limit) {
+    std::string piece(random() % limit, '\0');
+    for (char& c : piece)
+      c = "\0a\r\n"[random() % 4];
+    return piece;
+  };
+  std::string model;
+  for (const char* mode : {"w", "ab"})
+  {
+    Tfile file(path, mode);
+    for (int i = 0; i < 300; ++i)
+    {
+      const std::string piece = bytes(i % 50 ? 2000 : 200000);
+      ASSERT_TRUE(file.write(piece.data(), piece.size()) && (random() % 8 || file.flush()));
+      model += piece;
+    }
+    char c;
+    EXPECT_TRUE(file.read(&c, 1) == 0 && !file.put("more") && !file.close() && file.error() == EBADF);
+  }
+  Tfile file(path, "rb"), reader;
+  reader = std::move(file);
+  EXPECT_FALSE(file.isOpen());
+  for (std::size_t at = 0; at != model.size();)
+  {
+    ASSERT_FALSE(reader.isAtEnd());
+    std::string piece = bytes(100000);
+    piece.resize(reader.read(piece.data(), piece.size()));
+    ASSERT_EQ(model.compare(at, piece.size(), piece), 0);
+    at += piece.size();
+  }
+  EXPECT_TRUE(reader.isAtEnd() && reader.close());
+}
+
+TEST(Tfile, ReadsLines)
+{
+  const Scratch scratch;
+  const std::string longest(65535, 'x'); // the '\n' of a "\r\n" begins the second buffer
+  const struct
+  {
+    std::string bytes;
+    std::vector<std::string> lines;
+  } cases[] = {
+    {"", {}},
+    {"\n\r\n\r", {"", "", "\r"}},
+    {"a\rb\r\r\nc", {"a\rb\r", "c"}},
+    {longest + "\r\nend\n", {longest, "end"}},
+    {std::string("\0\n\0", 3), {std::string(1, '\0'), std::string(1, '\0')}},
+  };
+  for (const auto& each : cases)
+  {
+    Tfile file(Tstring(scratch.write("lines", each.bytes)), "r");
+    Tstring line;
+    for (const std::string& expected : each.lines)
+    {
+      EXPECT_TRUE(file.readLine(line));
+      EXPECT_EQ(line, expected);
+    }
+    EXPECT_TRUE(!file.readLine(line) && line.empty() && file.close());
+    EXPECT_TRUE(file.open(file.name(), "r") && file.readAll(line));
+    EXPECT_EQ(line, each.bytes);
+  }
+}
+
+TEST(Tfile, SaysWhatFailed)
+{
+  const Scratch scratch;
+  const Tstring folder(scratch.path("")), file(scratch.write("file", "text"));
+  const struct
+  {
+    Tstring name;
+    const char* mode;
+    int error;
+  } cases[] = {
+    {folder, "r", EISDIR},         {folder, "w", EISDIR},
+    {file + ".none", "r", ENOENT}, {file, "", EINVAL},
+    {file, nullptr, EINVAL},       {file, "w+", EINVAL},
+    {file, "rbx", EINVAL},         {Tstring((std::string(file) + '\0')), "w", EINVAL},
+  };
+  for (const auto& each : cases)
+  {
+    Tfile opened(each.name, each.mode);
+    EXPECT_FALSE(opened.isOpen() || opened.close());
+    EXPECT_EQ(opened.error(), each.error) << each.name;
+  }
+  EXPECT_EQ(scratch.read("file"), "text");
+
+#ifdef __linux__
+  Tfile full("/dev/full", "w");
+  EXPECT_TRUE(full.put("buffered") && !full.flush() && !full.put("x") && !full.open(file, "r"));
+  EXPECT_TRUE(!full.isOpen() && full.error() == ENOSPC && full.name() == "/dev/full");
+#endif
+#if FAILING_MEMORY
+  const std::string bytes(1000, 'x'); // strings keep blocks for shorter ones
+  const Tstring longer(scratch.write("longer", bytes));
+  EXPECT_GT(forEachFailingAllocation([&] {
+              Tfile reader(longer, "r");
+              Tstring line;
+              EXPECT_TRUE(reader.readLine(line) ? line == bytes : reader.error() == ENOMEM && line.empty());
+            }),
+            2);
+#endif
+}
+
+TEST(Tfile, HasARecord)
+{
+  Tfile file;
+  EXPECT_TRUE(file.typeof() == Tmetaclass::findClass("file") && file.typeof()->size() == 44);
+  EXPECT_TRUE(file.cast(Tfile::fTypeid) == &file && !file.cast(nullptr) && !Tfile::construct(Tfile::fTypeid));
+}
+
+} // namespace
