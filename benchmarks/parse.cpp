@@ -1,7 +1,9 @@
 // What parsing by callback costs beside the engine's functions called in a loop: a million leaves of 20 bytes in ten
-// thousand groups, skipped or read, from memory and from a file. Each walk proves what it saw by a sum; a wrong result
-// ends the run.
+// thousand groups, skipped or read, from memory and from a file; and a million leaves that become values of four kinds,
+// each in a handle, or all in a tree. Each walk proves what it saw by a sum; a wrong result ends the run.
 
+#include "Foundation/Data/TdataCompound.h"
+#include "Foundation/Data/TdataReader.h"
 #include "Foundation/Iff/TiffFile.h"
 #include "benchmarks/Ratios.h"
 
@@ -38,7 +40,7 @@ struct Sum
     sum += id ^ TuInt32(size);
     if (!kReads)
       return;
-    std::uint64_t words[3];
+    std::uint64_t words[3] = {};
     require(FLget(file, words, size) == size, "FLget");
     sum += words[0];
   }
@@ -113,32 +115,88 @@ std::string memoryName(const std::vector<char>& bytes)
   return "mem:" + std::to_string(reinterpret_cast<std::uintptr_t>(bytes.data())) + "," + std::to_string(bytes.size());
 }
 
-// The file, in a block of its size.
-std::vector<char> makeFile()
+struct Leaf
 {
-  std::vector<char> bytes(12 + std::size_t(kGroups) * (12 + kLeaves * (8 + kSize)));
+  TiffTag tag;
+  Tint32 size;
+};
+constexpr Leaf kChunks[] = {{"DAAA", kSize}, {"DABA", kSize}, {"DACA", kSize}, {"DADA", kSize}};
+constexpr Leaf kValues[] = {{"DBLE", 8}, {"FLT3", 12}, {"DBL2", 16}, {"VEC#", 24}};
+
+// The file, in a block of its size.
+std::vector<char> makeFile(const Leaf (&leaves)[4])
+{
+  std::vector<char> bytes(12 + std::size_t(kGroups) * (12 + kLeaves * (8 + 24)));
   TiffFile file(memoryName(bytes).c_str(), "w");
   file.beginWriteGroup("FOR4", "BNCH");
-  char data[kSize] = {};
+  char data[24] = {};
   for (int group = 0; group < kGroups; ++group)
   {
     file.beginWriteGroup("FOR4", "BNCH");
     for (int leaf = 0; leaf < kLeaves; ++leaf)
     {
       std::memcpy(data, &leaf, sizeof leaf);
-      require(file.putChunk(TiffTag('D', 'A', char('A' + leaf % 26), 'A'), Tint32(kSize), data) == 0, "putChunk");
+      const auto& [tag, size] = leaves[leaf % 4];
+      require(file.putChunk(tag, size, data) == 0, "putChunk");
     }
     file.endWriteGroup();
   }
+  bytes.resize(std::size_t(file.tell()));
   require(file.close() == 0, "writing");
   return bytes;
+}
+
+std::uint64_t sumOf(const Tdata& value)
+{
+  return value.tag().value() + (value.isNumeric() ? std::uint64_t(value.doubleValue() * 1e300) : 0);
+}
+
+// Only the engine, reading each leaf into a buffer.
+std::uint64_t readEngine(const char* name)
+{
+  return walkEngine<true>(name);
+}
+
+// Each leaf into its letter and a handle, which is dropped.
+std::uint64_t readValues(const char* name)
+{
+  static std::uint64_t sum;
+  sum = 0;
+  TiffFile file(name, "r");
+  file.setLeafCallback([](TiffFile& from, TiffTag id, Tint32 size) {
+    if (id == TiffTag::kGEND)
+      return 0;
+    void* data = from.readChunk(&size);
+    Tdata value;
+    auto left = static_cast<unsigned long>(size);
+    require(data && value.readBinary(id, left, data) == 0, "readBinary");
+    sum += sumOf(value);
+    return 0;
+  });
+  require(file.parse() == 0, "parse");
+  return sum;
+}
+
+std::uint64_t readTree(const char* name)
+{
+  TdataReader reader;
+  TiffFile file(name, "r");
+  file.setCallbackObject(&reader);
+  require(file.parse() == 0, "parse");
+  std::uint64_t sum = 0;
+  for (const Tdata& group : *reader.values()[0].letterAs<TdataCompound>())
+  {
+    for (const Tdata& value : *group.letterAs<TdataCompound>())
+      sum += sumOf(value);
+  }
+  return sum;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-  const std::vector<char> bytes = makeFile();
+  const std::vector<char> bytes = makeFile(kChunks), values = makeFile(kValues);
   const std::string inMemory = memoryName(bytes);
   const std::filesystem::path path = std::filesystem::temp_directory_path() / ("parse." + std::to_string(getpid()));
   if (std::FILE* out = std::fopen(path.c_str(), "wb"))
@@ -168,6 +226,11 @@ int main(int argc, char** argv)
     add(reads, name, "receiver", true, parseReceiver<true>, read);
     add(reads, name, "functions", true, parseFunctions<true>, read);
   }
+  const std::string valuesName = memoryName(values);
+  add("values, memory", valuesName, "engine walk", false, readEngine, readEngine(valuesName.c_str()));
+  const std::uint64_t sum = readValues(valuesName.c_str());
+  add("values, memory", valuesName, "handles", true, readValues, sum);
+  add("values, memory", valuesName, "tree", true, readTree, sum);
   std::vector<Aim> aims;
   for (const char* table : {"skip, memory", "skip, file", "read, memory", "read, file"})
     aims.push_back({table, "receiver", "engine walk", 1.15});
