@@ -113,7 +113,7 @@ class DictionaryPrinter:
 
 
 class EntryPrinter:
-    """What an entry of a hash table or a node of a dictionary adds to its base."""
+    """What an entry of a hash table or a node of a dictionary adds to its base; id and value of blind data."""
 
     def __init__(self, value):
         self.value = value
@@ -149,7 +149,7 @@ def printer(value, kind):
             return TablePrinter(value, gdb.lookup_type("ThashTableEntry"))
         if name == "Tdictionary":
             return DictionaryPrinter(value)
-        if name in entries and kind != base:
+        if name in entries and kind != base or name == "TblindData":
             return EntryPrinter(value)
     return None
 
@@ -169,8 +169,16 @@ def ticks_text(ticks):
     return "%d ticks (%g s)" % (ticks, int(ticks) / 6000)
 
 
+def file_text(file):
+    """"notes.txt" writing, 3 bytes in the buffer, error 28"""
+    state = "closed" if file["fDescriptor"] < 0 else "writing" if file["fWrites"] else "reading"
+    error = ", error %d" % file["fError"] if file["fError"] != 0 else ""
+    return "%s %s, %d bytes in the buffer%s" % (text(file["fName"]), state, file["fEnd"] - file["fNext"], error)
+
+
 TEXTS = {
     "TanimTime": lambda value: ticks_text(value["fTicks"]),
+    "Tfile": file_text,
     "Tduration": lambda value: duration_text(int(value["fSeconds"])),
     "TosTime": lambda value: "%d ms" % value["fTicks"],
     "Ttime": lambda value: moment_text(int(value["fOSTime"])),

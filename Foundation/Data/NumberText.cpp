@@ -60,7 +60,7 @@ bool parseNumber(std::string_view text, double& value) noexcept
     std::memcpy(&value, &bits, sizeof bits);
     return true;
   }
-  const Platform::DoubleRounding rounding;
+  [[maybe_unused]] const Platform::DoubleRounding rounding;
   double number;
   if (!parseWhole(text, number) || std::isnan(number))
     return false;

@@ -11,11 +11,11 @@ TfileStream::~TfileStream() = default;
 
 bool TfileStream::open(const TfilePath& path, std::ios::openmode mode)
 {
-  const bool closed = close();
+  const bool closed = !isOpen() || close();
   setPath(path);
   clear();
   if (!closed || isDirectory() || !rdbuf()->open(systemPath(path), mode | std::ios::binary))
-    setstate(failbit);
+    setstate(failbit | badbit);
   return isOpen();
 }
 

@@ -35,14 +35,14 @@ public:
   /// Closes the file. Nobody learns whether what was still buffered could be written.
   ~TfileStream() override;
 
-  /// Opens the file \p path, with a fresh state; one that is open is closed first. False with failbit when it cannot
-  /// be opened, is a directory, or could not be closed.
+  /// Opens the file \p path, with a fresh state; one that is open is closed first. False, with failbit and badbit,
+  /// when that fails, \p path cannot be opened, or it is a directory.
   bool open(const TfilePath& path, std::ios::openmode mode = std::ios::in | std::ios::out);
 
   bool isOpen() const { return is_open(); }
 
-  /// Closes the file if it is open. False when nothing could be opened or a transfer has failed, with badbit; input
-  /// that had ended, or was no number, is no failure.
+  /// Closes the file if it is open. False, with badbit, when it could not be opened or closed, or a transfer has
+  /// failed; input that had ended, or was no number, is no failure.
   bool close();
 
   static void* construct(Tmetaclass* type);

@@ -34,9 +34,6 @@ private:
   }
 
   unsigned short fBefore;
-#else
-public:
-  DoubleRounding() noexcept {}
 #endif
 };
 

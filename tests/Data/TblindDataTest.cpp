@@ -6,55 +6,42 @@
 
 #include <memory>
 #include <sstream>
-#include <string>
 
 namespace {
 
 TEST(TblindData, TellsKindsIdsAndValuesApart)
 {
   int target = 0;
-  std::ostringstream address;
-  address << static_cast<void*>(&target);
   TblindBooleanData truth(true, 7);
   TblindInt32Data whole(1, 7);
   TblindPointerData pointer(&target, 7);
   TblindStringData text("1", 7);
   TblindDoubleData number(1, 7);
-  const struct
+  const TblindData* const all[] = {&truth, &whole, &pointer, &text, &number};
+  for (const TblindData* data : all)
   {
-    TblindData& data;
-    const char* name;
-    unsigned size;
-    std::string value;
-  } cases[] = {
-    {truth, "TblindBooleanData", 12, "1"},
-    {whole, "TblindInt32Data", 12, "1"},
-    {pointer, "TblindPointerData", 12, address.str()},
-    {text, "TblindStringData", 12, "1"},
-    {number, "TblindDoubleData", 16, "1"},
-  };
-  for (const auto& each : cases)
-  {
-    Tmetaclass* const kind = each.data.typeof();
-    EXPECT_EQ(kind, Tmetaclass::findClass(each.name));
-    EXPECT_EQ(kind->size(), each.size);
-    const std::unique_ptr<TblindData> copy(each.data.copy());
-    EXPECT_EQ(each.data.cast(TblindData::fTypeid), &each.data);
-    const std::unique_ptr<TblindData> fresh(static_cast<TblindData*>(TblindData::construct(kind)));
+    const std::unique_ptr<TblindData> copy(data->copy());
+    const std::unique_ptr<TblindData> fresh(static_cast<TblindData*>(TblindData::construct(data->typeof())));
     fresh->setId(7);
-    EXPECT_TRUE(fresh->typeof() == kind && *fresh != each.data); // has another value
-    for (const auto& other : cases)
+    EXPECT_TRUE(*fresh != *data && fresh->typeof() == data->typeof()); // has another value
+    for (const TblindData* other : all)
     {
-      EXPECT_EQ(*copy == other.data, &each == &other) << each.name << ' ' << other.name;
-      EXPECT_EQ(copy->cast(other.data.typeof()) != nullptr, &each == &other);
+      EXPECT_EQ(*copy == *other, data == other) << *data << *other;
+      EXPECT_EQ(copy->cast(other->typeof()), data == other ? copy.get() : nullptr);
     }
-    std::ostringstream out;
-    out << *copy;
-    EXPECT_EQ(out.str(), std::string(each.name) + " 7: " + each.value);
+    EXPECT_EQ(copy->cast(TblindData::fTypeid), copy.get());
     copy->setId(8);
-    EXPECT_FALSE(*copy == each.data);
+    EXPECT_FALSE(*copy == *data);
   }
+  std::ostringstream out;
+  out << text;
+  EXPECT_EQ(out.str(), "TblindStringData 7: 1");
   EXPECT_FALSE(TblindData::construct(TblindData::fTypeid) || TblindInt32Data::construct(truth.typeof()));
+  testing::internal::CaptureStdout();
+  Tmetaclass::dumpAllClassesDerivedFrom(TblindData::fTypeid, 0);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "TblindData:  +8 = 8    (abstract)\n. TblindBooleanData:  +4 = 12\n. TblindInt32Data:  +4 = 12\n"
+            ". TblindPointerData:  +4 = 12\n. TblindStringData:  +4 = 12\n. TblindDoubleData:  +8 = 16\n");
 }
 
 TEST(TpreferenceItem, KnowsWhetherItMustBeSaved)

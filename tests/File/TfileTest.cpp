@@ -6,7 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -47,35 +49,28 @@ TEST(Tfile, GivesBackWhatItTook)
     at += piece.size();
   }
   EXPECT_TRUE(reader.isAtEnd() && reader.close());
+  EXPECT_TRUE(reader.typeof() == Tmetaclass::findClass("file") && reader.cast(reader.typeof()) == &reader);
 }
 
 TEST(Tfile, ReadsLines)
 {
   const Scratch scratch;
   const std::string longest(65535, 'x'); // the '\n' of a "\r\n" begins the second buffer
-  const struct
-  {
-    std::string bytes;
-    std::vector<std::string> lines;
-  } cases[] = {
+  const std::pair<std::string, std::vector<std::string>> cases[] = {
     {"", {}},
     {"\n\r\n\r", {"", "", "\r"}},
     {"a\rb\r\r\nc", {"a\rb\r", "c"}},
     {longest + "\r\nend\n", {longest, "end"}},
     {std::string("\0\n\0", 3), {std::string(1, '\0'), std::string(1, '\0')}},
   };
-  for (const auto& each : cases)
+  for (const auto& [bytes, lines] : cases)
   {
-    Tfile file(Tstring(scratch.write("lines", each.bytes)), "r");
+    Tfile file(Tstring(scratch.write("lines", bytes)), "r");
     Tstring line;
-    for (const std::string& expected : each.lines)
-    {
-      EXPECT_TRUE(file.readLine(line));
-      EXPECT_EQ(line, expected);
-    }
+    for (const std::string& expected : lines)
+      EXPECT_TRUE(file.readLine(line) && line == expected) << line;
     EXPECT_TRUE(!file.readLine(line) && line.empty() && file.close());
-    EXPECT_TRUE(file.open(file.name(), "r") && file.readAll(line));
-    EXPECT_EQ(line, each.bytes);
+    EXPECT_TRUE(file.open(file.name(), "r") && file.readAll(line) && line == bytes);
   }
 }
 
@@ -83,22 +78,16 @@ TEST(Tfile, SaysWhatFailed)
 {
   const Scratch scratch;
   const Tstring folder(scratch.path("")), file(scratch.write("file", "text"));
-  const struct
-  {
-    Tstring name;
-    const char* mode;
-    int error;
-  } cases[] = {
+  const std::tuple<Tstring, const char*, int> cases[] = {
     {folder, "r", EISDIR},         {folder, "w", EISDIR},
     {file + ".none", "r", ENOENT}, {file, "", EINVAL},
     {file, nullptr, EINVAL},       {file, "w+", EINVAL},
-    {file, "rbx", EINVAL},         {Tstring((std::string(file) + '\0')), "w", EINVAL},
-  };
-  for (const auto& each : cases)
+    {file, "rbx", EINVAL},         {file + Tstring("\0", 1), "w", EINVAL}};
+  for (const auto& [name, mode, error] : cases)
   {
-    Tfile opened(each.name, each.mode);
+    Tfile opened(name, mode);
     EXPECT_FALSE(opened.isOpen() || opened.close());
-    EXPECT_EQ(opened.error(), each.error) << each.name;
+    EXPECT_EQ(opened.error(), error) << name;
   }
   EXPECT_EQ(scratch.read("file"), "text");
 
@@ -117,13 +106,6 @@ TEST(Tfile, SaysWhatFailed)
             }),
             2);
 #endif
-}
-
-TEST(Tfile, HasARecord)
-{
-  Tfile file;
-  EXPECT_TRUE(file.typeof() == Tmetaclass::findClass("file") && file.typeof()->size() == 44);
-  EXPECT_TRUE(file.cast(Tfile::fTypeid) == &file && !file.cast(nullptr) && !Tfile::construct(Tfile::fTypeid));
 }
 
 } // namespace

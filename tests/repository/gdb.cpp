@@ -74,6 +74,10 @@ int main()
   const Ttime end(951868799);
   const TosTime ticks(40);
 
+  const TblindInt32Data blind(42, 7);
+  Tfile file("/dev/null", "w");
+  file.put("abc");
+
   const bool good = corner.x() == 1 && right.degrees() == 90 && range.contains(0) && unit.ticksPerUnit() == 200 &&
                     end - span != Ttime() && ticks.ticks() == 40;
   return good ? 0 : 1; // stop here
