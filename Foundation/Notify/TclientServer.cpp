@@ -48,6 +48,8 @@ public:
     unsigned int fRegistered = 0; // entries that are not marked
     unsigned int fLeaving = 0;    // entries that left during the passes under way and may come back
 
+    // Who left during the passes under way counts until they are over.
+    bool hasAny() const { return fRegistered + fLeaving != 0; }
     const Entry* begin() const { return fEntries.begin(); }
     const Entry* end() const { return fEntries.end(); }
   };
@@ -567,13 +569,13 @@ void TclientServer::debugIterate(void (*visit)(Tclient* client, Tmetaclass* msg)
 unsigned char TclientServer::hasClients() const noexcept
 {
   return fTable && std::any_of(fTable->messages().begin(), fTable->messages().end(),
-                               [](const Table::Message& message) { return message.fClients->fRegistered != 0; });
+                               [](const Table::Message& message) { return message.fClients->hasAny(); });
 }
 
 unsigned char TclientServer::hasMessage(Tmetaclass* msg) const noexcept
 {
   const Table::Clients* clients = fTable ? fTable->clients(msg) : nullptr;
-  return clients && clients->fRegistered != 0;
+  return clients && clients->hasAny();
 }
 
 unsigned char TclientServer::hasClient(const Tclient* client) const noexcept

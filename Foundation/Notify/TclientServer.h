@@ -25,9 +25,9 @@
 ///
 /// - A pass calls each client once that was registered when it began and is registered and enabled when its turn comes,
 ///   and nobody else. Clients that join wait for the next pass, even one within.
-/// - A client that leaves is out at once, for every query too. One that leaves and comes back before the server is idle
-///   has never been away: it keeps its callback, it stays disabled if it was, and it is called if its turn is still to
-///   come.
+/// - A client that leaves is out at once; only hasClients(), numClients() and hasMessage() count it in until the
+///   server is idle. One that comes back before then has never been away: it keeps its callback, it stays disabled if
+///   it was, and it is called if its turn is still to come.
 /// - setClientNotify() for the whole server lets passes under way go on.
 /// - When the server is destroyed, its passes end with the callback that did it.
 /// - An exception from a callback ends the pass and comes out of notifyClients(). Nothing else is changed by it.

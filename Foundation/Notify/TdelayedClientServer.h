@@ -15,8 +15,8 @@
 ///
 /// Classes are delayed with all that derive from them, and once for each call. Messages wait as copies, which need a
 /// creator in the record of their class. One that cannot be copied, without a creator or memory, goes out at once, as
-/// does one whose copy() throws. The message for the destruction of the server cannot be delayed; what waits then is
-/// dropped.
+/// does one whose copy() throws. What notifyClient() sends to one client is not delayed, nor is the message for the
+/// destruction of the server; what waits then is dropped.
 ///
 /// Queued messages are sent by the rules for passes. If a callback throws, the message it was called with is gone, and
 /// those behind it wait for the next release.

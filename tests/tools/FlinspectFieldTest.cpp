@@ -114,7 +114,7 @@ TEST_F(FlinspectField, OutputThatFails)
     chunks += chunk("BODY", "12");
   const std::string file = write("many.iff", form(chunks));
   const std::string full = "flinspect: standard output: No space left on device\n";
-  for (const char* arguments : {"tree $f", "check $f", "json $f", "copy $f -", "dump $f FORM/BODY"})
+  for (const char* arguments : {"tree $f", "check $f", "json $f", "events $f", "copy $f -", "dump $f FORM/BODY"})
   {
     const std::string line = "f=" + quote(file) + "; " + quote(FLINSPECT) + ' ' + arguments;
     const Result onFull = shell(line + " > /dev/full");

@@ -128,10 +128,10 @@ TEST_F(FlinspectTest, TreeShowsTheNesting)
   EXPECT_EQ(tree.status, 2); // the worst of both
   EXPECT_EQ(tree.out, SAMPLES "/scene-streamed.for4:\n"
                               "    offset       size pad  chunk\n"
-                              "         0   streamed   -  FOR4 SCEN\n"
-                              "        12   streamed   -    NAME\n"
-                              "        36   streamed   -    FOR4 SHAP\n"
-                              "        48          4   0      NAME\n");
+                              "         0   streamed   -  FOR4 SCEN  form\n"
+                              "        12   streamed   -    NAME  name\n"
+                              "        36   streamed   -    FOR4 SHAP  form: shape\n"
+                              "        48          4   0      NAME  name\n");
   EXPECT_EQ(tree.err.find("flinspect: " + path("none") + ": "), 0U) << tree.err;
 
   EXPECT_NE(run({"--color=always", SAMPLES "/stripes.ilbm"}).out.find("\x1b[1;34mFORM\x1b[m"), std::string::npos);
@@ -165,6 +165,68 @@ TEST_F(FlinspectTest, DumpFindsTheChunk)
     const Result dumped = run({"dump", file, none});
     EXPECT_EQ(std::to_string(dumped.status) + dumped.out, "2") << none;
   }
+}
+
+TEST_F(FlinspectTest, DiffPairsChunks)
+{
+  const std::string name = chunk("NAME", "n"), body = chunk("BODY", "1234"), date = chunk("DATE", "");
+  std::string many; // more than are looked at to find a pair
+  for (char last = 'a'; last <= 'z'; ++last)
+    many += chunk(std::string("ID1") + last, "") + chunk(std::string("ID2") + last, "");
+  const std::tuple<std::string, std::string, std::string> cases[] = {
+    {form(body), "AT&T" + begun(kStreamed) + header("BODY", kStreamed) + "1234" + kEovc + kGend + "tail", ""},
+    {form(name + body + body), form(name + body + chunk("BODY", "12x4")), "FORM/BODY[2]: differs from offset 2 on\n"},
+    {form(form(body)), form(form(chunk("BODY", "12345"))), "FORM/FORM/BODY: differs from offset 4 on, 4 and 5 bytes\n"},
+    {form(chunk("BODY", std::string(70000, 'x'))), form(chunk("BODY", std::string(69999, 'x') + 'y')),
+     "FORM/BODY: differs from offset 69999 on\n"},
+    {form(name + body + date), form(chunk("BODY", "") + name + chunk("BODY", "5") + date),
+     "FORM/BODY: only in B\nFORM/BODY (FORM/BODY[2] in B): differs from offset 0 on, 4 and 1 bytes\n"},
+    {form(name + form(body) + date) + form(""), form(name + date), "FORM/FORM: only in A\nFORM[2]: only in A\n"},
+    {form(name), form(date + name + date), "FORM/DATE: only in B\nFORM/DATE[2]: only in B\n"},
+    {chunk("FORM", "ONE " + body), form(body, "LIST") + chunk("FORM", "TWO " + date),
+     "FORM: only in A\nLIST: only in B\nFORM: only in B\n"},
+    {chunk("FORM", "ONE " + body), chunk("FORM", "TWO " + date),
+     "FORM: type ONE  and TWO \nFORM/BODY: only in A\nFORM/DATE: only in B\n"},
+  };
+  for (const auto& [a, b, differences] : cases)
+  {
+    const std::string nameA = write("a", a), nameB = write("b", b);
+    std::string expected = differences;
+    for (const auto& [mark, file] : {std::pair("only in A", nameA), {"only in B", nameB}, {" in B)", nameB}})
+    {
+      for (std::size_t at = 0; (at = expected.find(mark, at)) != std::string::npos;)
+        expected.replace(expected.find_first_of("AB", at), 1, file);
+    }
+    const Result result = run({"diff", nameA, nameB});
+    EXPECT_EQ(result.out, expected);
+    EXPECT_EQ(result.status, !expected.empty());
+    EXPECT_EQ(run({"diff", "-", nameA}, nameA).status, 0);
+  }
+  // Whatever is paired, every chunk that has none in the other file is told.
+  const Result far = run({"diff", write("a", form(many + name)), write("b", form(name))});
+  EXPECT_EQ(std::count(far.out.begin(), far.out.end(), '\n'), 54);
+  const Result wrong = run({"diff", write("a", form(body)), write("b", begun(100) + body)});
+  EXPECT_EQ(wrong.status, 2);
+  EXPECT_NE(wrong.err.find(path("b") + ": not compared\n"), std::string::npos) << wrong.err;
+}
+
+TEST_F(FlinspectTest, EventsOfAParse)
+{
+  const std::string file =
+    write("events", chunk("LIST", "TEST" + form(chunk("NAME", "123"), "PROP") + form("")) + form(header("BODY", 9)));
+  const Result events = run({"events", file});
+  EXPECT_EQ(events.status, 1);
+  EXPECT_EQ(events.out, "list LIST TEST\n"
+                        "  form PROP TEST\n"
+                        "    leaf NAME 3\n"
+                        "  leaf GEND 0\n"
+                        "  form FORM TEST\n"
+                        "  leaf GEND 0\n"
+                        "leaf GEND 0\n"
+                        "form FORM TEST\n");
+  EXPECT_EQ(events.err, "flinspect: " + file + ": offset 60: error: bad size\n");
+  const Result streamed = run({"events", "-"}, write("streamed", begun(kUnknown) + kGend));
+  EXPECT_EQ(std::to_string(streamed.status) + streamed.out, "0form FORM TEST\nleaf GEND 0\nleaf GEND 0\n");
 }
 
 TEST_F(FlinspectTest, JsonOfAnyBytes)
@@ -246,6 +308,7 @@ TEST_F(FlinspectTest, Usage)
     {{"extract", sample}, 2, "flinspect: "},
     {{"copy", sample, path("x"), path("y")}, 2, "flinspect: "},
     {{"check", path(".")}, 2, "flinspect: " + path(".") + ": not a file\n"},
+    {{"diff", "-", "-"}, 2, "flinspect: standard input: "},
     {{"check", "|echo"}, 2, "flinspect: |echo: "},
     {{"check", "--open-forms", "mem:4096,8"}, 2, "flinspect: mem:4096,8: bad file name\n"}};
   for (const auto& [arguments, status, starts] : cases)

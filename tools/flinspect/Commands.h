@@ -22,6 +22,12 @@ int dump(Console& console, Source& source, const std::string& path);
 /// that they lead to, or of all when there are none.
 int extract(Console& console, Source& source, const std::vector<std::string>& paths, const std::string& directory);
 
+/// Prints what differs between two files, chunk by chunk: kValid when nothing does, kInvalid when something does.
+int diff(Console& console, Source& a, Source& b);
+
+/// Prints the events of a parse, as a receiver gets them.
+int showEvents(Console& console, Source& source);
+
 /// Prints everything as one JSON document.
 int showJson(Console& console, Source& source);
 

@@ -2,8 +2,11 @@
 
 #include "Console.h"
 
+#include "Foundation/Iff/TiffTag.h"
+
 #include <charconv>
 #include <cstdio>
+#include <unordered_map>
 
 namespace {
 
@@ -50,6 +53,68 @@ std::string idText(TuInt32 id)
     text += code;
   }
   return text;
+}
+
+std::string_view meaningOf(TuInt32 id)
+{
+  static const std::unordered_map<TiffTag, std::string_view> meanings = {
+    // Structure.
+    {TiffTag::kFORM, "form"},
+    {TiffTag::kFOR4, "form"},
+    {TiffTag::kFOR8, "form"},
+    {TiffTag::kCAT, "concatenation"},
+    {TiffTag::kCAT4, "concatenation"},
+    {TiffTag::kCAT8, "concatenation"},
+    {TiffTag::kLIST, "list"},
+    {TiffTag::kLIS4, "list"},
+    {TiffTag::kLIS8, "list"},
+    {TiffTag::kPROP, "shared properties"},
+    {TiffTag::kPRO4, "shared properties"},
+    {TiffTag::kPRO8, "shared properties"},
+    {TiffTag::kGEND, "end of a group"},
+    {TiffTag::kEOVC, "end of a chunk"},
+    {TiffTag::kPATH, "reserved"},
+    {TiffTag::kINCL, "reserved"},
+    // Texts.
+    {TiffTag::kANNO, "annotation"},
+    {TiffTag::kAUTH, "author"},
+    {TiffTag::kCOMT, "comments"},
+    {TiffTag::kCPRT, "rights notice"},
+    {TiffTag::kDATE, "date"},
+    {TiffTag::kFTXT, "formatted text"},
+    {TiffTag::kNAME, "name"},
+    // Sounds.
+    {TiffTag::kAIFC, "sound, perhaps compressed"},
+    {TiffTag::kAIFF, "sound"},
+    {TiffTag::kCOMM, "format of the sound"},
+    {TiffTag::kFVER, "version of the format"},
+    {TiffTag::kSSND, "samples"},
+    // Pictures and documents.
+    {TiffTag::kBODY, "samples or pixels"},
+    {TiffTag::kCMAP, "colour map"},
+    {TiffTag::kFONT, "font"},
+    {TiffTag::kICON, "icon"},
+    {TiffTag::kPAGE, "page"},
+    {TiffTag::kPATN, "pattern"},
+    {TiffTag::kPREV, "preview"},
+    {TiffTag::kRGBA, "red, green, blue and alpha"},
+    {TiffTag::kSTYL, "style"},
+    {TiffTag::kZBUF, "depth buffer"},
+    // Shapes.
+    {TiffTag::kCIRC, "circle"},
+    {TiffTag::kCOLR, "colour"},
+    {TiffTag::kCURV, "curve"},
+    {TiffTag::kEDGE, "edges"},
+    {TiffTag::kGRUP, "group of objects"},
+    {TiffTag::kLINK, "link"},
+    {TiffTag::kPOLY, "polygons"},
+    {TiffTag::kRECT, "rectangle"},
+    {TiffTag::kSHAP, "shape"},
+    {TiffTag::kSURF, "surface"},
+    {TiffTag::kVRTX, "vertices"},
+  };
+  const auto found = meanings.find(id);
+  return found == meanings.end() ? std::string_view() : found->second;
 }
 
 ChunkPath::ChunkPath(std::string_view text)

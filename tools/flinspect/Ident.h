@@ -1,5 +1,5 @@
 /// \file
-/// How chunk ids are written for people, and paths that lead to a chunk.
+/// How chunk ids are written for people, what they mean, and paths that lead to a chunk.
 
 #pragma once
 
@@ -15,6 +15,9 @@ bool isPrintable(TuInt32 id);
 /// The four characters of \p id. Those that are not printable, and '\', '/', '[' and ']', which mean something in a
 /// path, appear as \xNN.
 std::string idText(TuInt32 id);
+
+/// What \p id means wherever it is used; empty for one that means something in its own kind of file only.
+std::string_view meaningOf(TuInt32 id);
 
 /// The way from the root of a file to one chunk, such as "FORM/LIST[2]/FORM/BODY": the second LIST in the first FORM,
 /// and so on. Ids are written as idText() writes them; blanks at their end may be left out.

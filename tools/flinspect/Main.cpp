@@ -1,4 +1,4 @@
-// flinspect: shows, checks and unpacks chunk files.
+// flinspect: shows, checks, compares and unpacks chunk files.
 
 #include "Commands.h"
 #include "Inspection.h"
@@ -42,7 +42,7 @@ bool wantsColour(const std::string& when)
 
 int run(int count, char** words)
 {
-  CLI::App app("Shows, checks and unpacks chunk files (the IFF family: AIFF, ILBM, 8SVX, FOR4, ...).\n"
+  CLI::App app("Shows, checks, compares and unpacks chunk files (the IFF family: AIFF, ILBM, 8SVX, FOR4, ...).\n"
                "Exit status: 0 the file is valid, 1 it is not, 2 flinspect could not run.",
                "flinspect");
   app.set_version_flag("--version", "flinspect " FLINSPECT_VERSION);
@@ -100,6 +100,23 @@ int run(int count, char** words)
   extracting->add_option("-d,--directory", directory, "The directory; made when missing")->required();
   extracting->callback(
     [&] { command = [&](Console& console, Source& source) { return extract(console, source, paths, directory); }; });
+
+  CLI::App* const differing = app.add_subcommand(
+    "diff", "Compare two files chunk by chunk; exit status 0 the same, 1 different, 2 one is not valid");
+  differing->add_option("A", file, "Files; \"-\" is standard input")->required();
+  differing->add_option("B", target)->required();
+  differing->callback([&] {
+    command = [&](Console& console, Source& source) {
+      if (file == "-" && target == "-")
+        throw Failure("standard input", "is there only once");
+      Source other(console, target, openForms);
+      return diff(console, source, other);
+    };
+  });
+
+  CLI::App* const events = app.add_subcommand("events", "Show what a parser's receiver is told");
+  addFile(events);
+  events->callback([&] { command = showEvents; });
 
   CLI::App* const json = app.add_subcommand("json", "Show everything as a JSON document");
   addFile(json);

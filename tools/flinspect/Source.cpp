@@ -114,25 +114,32 @@ void Source::spool()
 {
   if (fSeeks)
     return;
+  replace([this](const std::string& path, _FLfile* copy) {
+    std::vector<char> block(kBlock);
+    for (std::size_t count = kBlock; count == kBlock;)
+    {
+      count = read(block.data(), block.size());
+      if (FLwrite(copy, block.data(), static_cast<long>(count)) != static_cast<long>(count))
+        throw Failure(path, FLstrerror(flerrno));
+    }
+  });
+}
+
+void Source::replace(const std::function<void(const std::string& path, _FLfile* file)>& write)
+{
   std::string path;
   const auto stem = std::filesystem::temp_directory_path() / "flinspect";
   std::unique_ptr<_FLfile, Close> copy(createBeside(stem.string(), path));
   FLsettmp(copy.get());
-  removeOnSignal(kSpoolFile, path.c_str());
-  std::vector<char> block(kBlock);
-  for (;;)
-  {
-    const std::size_t count = read(block.data(), block.size());
-    if (FLwrite(copy.get(), block.data(), static_cast<long>(count)) != static_cast<long>(count))
-      throw Failure(path, FLstrerror(flerrno));
-    if (count < block.size())
-      break;
-  }
+  removeOnSignal(path);
+  write(path, copy.get());
   close();
-  // Reading goes on in the file that is being written, so that it goes away however this ends.
-  if (FLseek(copy.get(), 0, 0) != 0)
+  if (FLflush(copy.get()) != 0)
     throw Failure(path, FLstrerror(flerrno));
-  fFile = std::move(copy);
+  fTemporary = std::move(copy);
+  fFile.reset(FLopenpath(path.c_str(), "r"));
+  if (!fFile)
+    throw Failure(path, FLstrerror(flerrno));
   fPosition = 0;
   fNextProgress = 0;
   examine();

@@ -10,6 +10,7 @@
 
 #include "Foundation/Iff/FL.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -33,6 +34,9 @@ public:
   /// Bytes from the start of the file.
   Tint64 position() const { return fPosition; }
 
+  /// Bytes of a file that can seek; -1 when that is not known.
+  Tint64 size() const { return fSize; }
+
   /// Pretends that \p count bytes more were there: for padding that the end of the file lacks.
   void pretend(Tint64 count) { fPosition += count; }
 
@@ -41,6 +45,13 @@ public:
 
   /// Copies what cannot seek into a temporary file, to be read from there.
   void spool();
+
+  /// Goes on, from the start, with what \p write puts into a temporary file of that path.
+  void replace(const std::function<void(const std::string& path, _FLfile* file)>& write);
+
+  /// Gives the file away, which stands at its start as long as nothing was read. It must be closed before this object
+  /// goes: then a temporary file is removed.
+  _FLfile* release() { return fFile.release(); }
 
   /// Ends the reading. A filter that failed is known only now.
   void close();
@@ -58,6 +69,7 @@ private:
 
   Console& fConsole;
   std::string fName; // as messages show it
+  std::unique_ptr<_FLfile, Close> fTemporary; // what is read, as it was written; closing it removes the file
   std::unique_ptr<_FLfile, Close> fFile;
   bool fSeeks = false;
   Tint64 fSize = -1; // of a file that can seek; -1 when not known

@@ -1,8 +1,10 @@
 #include "Terminal.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 #ifdef _WIN32
 #  include <fcntl.h>
@@ -24,7 +26,7 @@ constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
 #endif
 
 // A signal handler may touch little more than this; empty where no file is to be removed.
-char gDoomedPaths[2][4096];
+char gDoomedPaths[4][4096];
 
 extern "C" void removeAndEnd(int signal)
 {
@@ -43,17 +45,23 @@ extern "C" void removeAndEnd(int signal)
 
 } // namespace
 
-void removeOnSignal(DoomedFile which, const char* path)
+void removeOnSignal(const std::string& path)
 {
-  char* const place = gDoomedPaths[which];
-  *place = 0;
-  const std::size_t size = path == nullptr ? 0 : std::strlen(path) + 1;
-  if (size == 0 || size > sizeof gDoomedPaths[which])
+  char(*const place)[4096] =
+    std::find_if(std::begin(gDoomedPaths), std::end(gDoomedPaths), [](const char* each) { return *each == 0; });
+  if (place == std::end(gDoomedPaths) || path.size() >= sizeof *place)
     return;
-  std::memcpy(place, path, size);
+  std::memcpy(*place, path.c_str(), path.size() + 1);
   for (const int signal : kEndingSignals)
     if (std::signal(signal, removeAndEnd) == SIG_IGN)
       std::signal(signal, SIG_IGN); // as nohup wants it
+}
+
+void keepOnSignal(const std::string& path)
+{
+  for (char* place : gDoomedPaths)
+    if (path == place)
+      *place = 0;
 }
 
 #ifdef _WIN32

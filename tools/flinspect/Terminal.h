@@ -6,6 +6,8 @@
 
 #include "Foundation/Platform/Types.h"
 
+#include <string>
+
 /// Whether \p descriptor is a terminal that a person looks at.
 bool isTerminal(int descriptor);
 
@@ -18,12 +20,8 @@ void setBinaryStreams();
 /// Bytes between the position of \p descriptor and its end; -1 unless it is a regular file.
 Tint64 bytesLeft(int descriptor);
 
-/// Files that are not to outlive the process.
-enum DoomedFile
-{
-  kSpoolFile,
-  kPartialFile
-};
+/// Lets SIGINT, SIGTERM and SIGHUP remove the file \p path before they end the process. There is room for a few.
+void removeOnSignal(const std::string& path);
 
-/// Lets SIGINT, SIGTERM and SIGHUP remove the file \p path before they end the process; null takes that back.
-void removeOnSignal(DoomedFile which, const char* path);
+/// Takes that back.
+void keepOnSignal(const std::string& path);

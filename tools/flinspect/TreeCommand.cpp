@@ -34,23 +34,36 @@ public:
       fLine += "(+" + std::to_string(chunk.fDepth - kDeepest) + ") ";
     if (chunk.fIsGroup)
     {
-      addColoured("\x1b[1;34m", chunk.fId);
+      addColoured("\x1b[1;34m", idText(chunk.fId));
       fLine += ' ';
-      addColoured("\x1b[32m", chunk.fType);
+      addColoured("\x1b[32m", idText(chunk.fType));
     }
     else
       fLine += idText(chunk.fId);
+    addRemarks(chunk);
     fLine += '\n';
     fConsole.put(fLine);
     return false;
   }
 
 private:
-  void addColoured(const char* colour, TuInt32 id)
+  // What is known of a chunk beyond its header: here what its id means, and its type.
+  void addRemarks(const Chunk& chunk)
+  {
+    std::string remark(meaningOf(chunk.fId));
+    if (const std::string_view ofType = meaningOf(chunk.fType); chunk.fIsGroup && !ofType.empty())
+      remark.append(": ").append(ofType);
+    if (remark.empty())
+      return;
+    fLine += "  ";
+    addColoured("\x1b[2m", remark);
+  }
+
+  void addColoured(const char* colour, std::string_view text)
   {
     if (fInColour)
       fLine += colour;
-    fLine += idText(id);
+    fLine += text;
     if (fInColour)
       fLine += "\x1b[m";
   }

@@ -3,7 +3,7 @@
 _flinspect()
 {
   local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}
-  local commands="tree check dump extract json copy" options="--help --open-forms"
+  local commands="tree check dump extract diff events json copy" options="--help --open-forms"
   COMPREPLY=()
   case $previous in
     --color) COMPREPLY=($(compgen -W "auto always never" -- "$word")) && return ;;
@@ -12,7 +12,7 @@ _flinspect()
   case $command in
     check) options+=" --strict" ;;
     extract) options+=" --directory" ;;
-    dump | json | copy) ;;
+    dump | diff | events | json | copy) ;;
     *) options+=" --color --version" ;;
   esac
   if [[ $word == -* ]]; then
