@@ -19,6 +19,8 @@
 #include "Foundation/Math/GeometryTraits.h"
 #include "Foundation/Platform/Export.h"
 
+#include <array>
+
 class TdebugOutput;
 
 /// Sixteen components m[row][column]; the identity at first.
@@ -97,8 +99,10 @@ public:
   constexpr TmatrixOf& operator*=(const TmatrixOf& m) noexcept { return setToProduct(*this, m); }
   constexpr TmatrixOf operator*(const TmatrixOf& m) const noexcept { return {*this, m}; }
 
-  /// A vector stands to the left. It would become a translation here.
+  /// A vector stands to the left. Here it, or its column product, would become a translation; TvectorOf::premultBy()
+  /// gives that product.
   TmatrixOf& operator*=(const TvectorOf<Real>& v) = delete;
+  TvectorOf<Real> operator*(const TvectorOf<Real>& v) const = delete;
 
   /// The product of affine matrices: column 3 is taken as (0, 0, 0, 1), whatever it holds, and becomes so.
   template <class R = Real, class = TdoubleOnly<R>>
@@ -107,14 +111,9 @@ public:
     const auto at = [&a, &b](int i, int j) {
       return a.fRows[i][0] * b.fRows[0][j] + a.fRows[i][1] * b.fRows[1][j] + a.fRows[i][2] * b.fRows[2][j];
     };
-    TmatrixOf product;
-    for (int i = 0; i < 3; ++i)
-    {
-      for (int j = 0; j < 3; ++j)
-        product.fRows[i][j] = at(i, j);
-      product.fRows[3][i] = at(3, i) + b.fRows[3][i];
-    }
-    return *this = product;
+    const auto& moved = b.fRows[3];
+    return *this = TmatrixOf(at(0, 0), at(0, 1), at(0, 2), 0, at(1, 0), at(1, 1), at(1, 2), 0, at(2, 0), at(2, 1),
+                             at(2, 2), 0, at(3, 0) + moved[0], at(3, 1) + moved[1], at(3, 2) + moved[2], 1);
   }
   template <class R = Real, class = TdoubleOnly<R>>
   constexpr TmatrixOf& affinePostmultBy(const TmatrixOf& m) noexcept
@@ -166,18 +165,20 @@ public:
 
   /// The adjugate divided by the determinant, if that is above 1e-5 (float: above 0), and else invertIt(): matrices
   /// that mirror take that way too.
-  TmatrixOf& fastInvertIt() noexcept
-  {
-    const Tminors minors(fRows);
-    const Real determinant = minors.determinant();
-    if (determinant <= Traits::kNoFastInverse)
-      return invertIt();
-    return setToAdjugate(minors, 1 / determinant);
-  }
+  FOUNDATION_API TmatrixOf& fastInvertIt() noexcept;
   TmatrixOf fastInverse() const noexcept { return TmatrixOf(*this).fastInvertIt(); }
 
   /// The adjugate: the cofactors, transposed.
-  constexpr TmatrixOf& adjointIt() noexcept { return setToAdjugate(Tminors(fRows), 1); }
+  constexpr TmatrixOf& adjointIt() noexcept
+  {
+    const Tminors<Real> upper = minorsOf(fRows[0], fRows[1]), lower = minorsOf(fRows[2], fRows[3]);
+    const Real minus0[4] = {-fRows[0][0], -fRows[0][1], -fRows[0][2], -fRows[0][3]};
+    const Real minus2[4] = {-fRows[2][0], -fRows[2][1], -fRows[2][2], -fRows[2][3]};
+    const std::array<Real, 4> a = cofactors(fRows[1], lower), b = cofactors(minus0, lower),
+                              c = cofactors(fRows[3], upper), d = cofactors(minus2, upper);
+    return *this =
+             TmatrixOf(a[0], b[0], c[0], d[0], a[1], b[1], c[1], d[1], a[2], b[2], c[2], d[2], a[3], b[3], c[3], d[3]);
+  }
   constexpr TmatrixOf adjoint() const noexcept { return TmatrixOf(*this).adjointIt(); }
 
   constexpr TmatrixOf& transposeIt() noexcept { return *this = transpose(); }
@@ -224,7 +225,16 @@ public:
     return m[0][0] * (m[1][1] * m[2][2] - m[1][2] * m[2][1]) - m[0][1] * (m[1][0] * m[2][2] - m[2][0] * m[1][2]) +
            m[0][2] * (m[1][0] * m[2][1] - m[2][0] * m[1][1]);
   }
-  constexpr Real det4x4() const noexcept { return Tminors(fRows).determinant(); }
+  constexpr Real det4x4() const noexcept
+  {
+    const auto& m = fRows;
+    if (m[0][3] == 0 && m[1][3] == 0 && m[2][3] == 0) // the same without the products that are 0
+    {
+      const auto minor = [&m](int i, int j) { return m[0][i] * m[1][j] - m[0][j] * m[1][i]; };
+      return minor(0, 1) * (m[2][2] * m[3][3]) - minor(0, 2) * (m[2][1] * m[3][3]) + minor(1, 2) * (m[2][0] * m[3][3]);
+    }
+    return determinantOf(minorsOf(m[0], m[1]), minorsOf(m[2], m[3]));
+  }
 
   /// Whether all components are equal.
   constexpr bool operator==(const TmatrixOf& m) const noexcept
@@ -280,51 +290,33 @@ public:
   }
 
 private:
-  // The determinants of the 2x2 matrices in rows 0 and 1 (a), and in rows 2 and 3 (b), by their columns.
+  // The determinants of the 2x2 matrices in two rows, by their columns.
+  template <class Number>
   struct Tminors
   {
-    Real a01, a02, a03, a12, a13, a23, b01, b02, b03, b12, b13, b23;
-
-    constexpr explicit Tminors(const Real (&m)[4][4]) noexcept
-      : a01(m[0][0] * m[1][1] - m[0][1] * m[1][0])
-      , a02(m[0][0] * m[1][2] - m[0][2] * m[1][0])
-      , a03(m[0][0] * m[1][3] - m[0][3] * m[1][0])
-      , a12(m[0][1] * m[1][2] - m[0][2] * m[1][1])
-      , a13(m[0][1] * m[1][3] - m[0][3] * m[1][1])
-      , a23(m[0][2] * m[1][3] - m[0][3] * m[1][2])
-      , b01(m[2][0] * m[3][1] - m[2][1] * m[3][0])
-      , b02(m[2][0] * m[3][2] - m[2][2] * m[3][0])
-      , b03(m[2][0] * m[3][3] - m[2][3] * m[3][0])
-      , b12(m[2][1] * m[3][2] - m[2][2] * m[3][1])
-      , b13(m[2][1] * m[3][3] - m[2][3] * m[3][1])
-      , b23(m[2][2] * m[3][3] - m[2][3] * m[3][2])
-    {
-    }
-    constexpr Real determinant() const noexcept
-    {
-      return a01 * b23 - a02 * b13 + a03 * b12 + a12 * b03 - a13 * b02 + a23 * b01;
-    }
+    Number m01, m02, m03, m12, m13, m23;
   };
 
-  // The adjugate, times a factor.
-  constexpr TmatrixOf& setToAdjugate(const Tminors& d, Real factor) noexcept
+  template <class Number>
+  static constexpr Tminors<Number> minorsOf(const Number (&x)[4], const Number (&y)[4]) noexcept
   {
-    const auto& m = fRows;
-    const Real rows[4][4] = {
-      {m[1][1] * d.b23 - m[1][2] * d.b13 + m[1][3] * d.b12, m[0][2] * d.b13 - m[0][1] * d.b23 - m[0][3] * d.b12,
-       m[3][1] * d.a23 - m[3][2] * d.a13 + m[3][3] * d.a12, m[2][2] * d.a13 - m[2][1] * d.a23 - m[2][3] * d.a12},
-      {m[1][2] * d.b03 - m[1][0] * d.b23 - m[1][3] * d.b02, m[0][0] * d.b23 - m[0][2] * d.b03 + m[0][3] * d.b02,
-       m[3][2] * d.a03 - m[3][0] * d.a23 - m[3][3] * d.a02, m[2][0] * d.a23 - m[2][2] * d.a03 + m[2][3] * d.a02},
-      {m[1][0] * d.b13 - m[1][1] * d.b03 + m[1][3] * d.b01, m[0][1] * d.b03 - m[0][0] * d.b13 - m[0][3] * d.b01,
-       m[3][0] * d.a13 - m[3][1] * d.a03 + m[3][3] * d.a01, m[2][1] * d.a03 - m[2][0] * d.a13 - m[2][3] * d.a01},
-      {m[1][1] * d.b02 - m[1][0] * d.b12 - m[1][2] * d.b01, m[0][0] * d.b12 - m[0][1] * d.b02 + m[0][2] * d.b01,
-       m[3][1] * d.a02 - m[3][0] * d.a12 - m[3][2] * d.a01, m[2][0] * d.a12 - m[2][1] * d.a02 + m[2][2] * d.a01}};
-    for (int i = 0; i < 4; ++i)
-    {
-      for (int j = 0; j < 4; ++j)
-        fRows[i][j] = rows[i][j] * factor;
-    }
-    return *this;
+    return {x[0] * y[1] - x[1] * y[0], x[0] * y[2] - x[2] * y[0], x[0] * y[3] - x[3] * y[0],
+            x[1] * y[2] - x[2] * y[1], x[1] * y[3] - x[3] * y[1], x[2] * y[3] - x[3] * y[2]};
+  }
+
+  static constexpr Real determinantOf(const Tminors<Real>& upper, const Tminors<Real>& lower) noexcept
+  {
+    return upper.m01 * lower.m23 - upper.m02 * lower.m13 + upper.m03 * lower.m12 + upper.m12 * lower.m03 -
+           upper.m13 * lower.m02 + upper.m23 * lower.m01;
+  }
+
+  // A column of the adjugate: of the row with the components x and the two rows of the minors the determinants without
+  // a column. Rows 1, 0, 3 and 2 give columns 0 to 3, of which 1 and 3 have the other sign.
+  template <class Number>
+  static constexpr std::array<Number, 4> cofactors(const Number (&x)[4], const Tminors<Number>& d) noexcept
+  {
+    return {x[1] * d.m23 - x[2] * d.m13 + x[3] * d.m12, x[2] * d.m03 - x[0] * d.m23 - x[3] * d.m02,
+            x[0] * d.m13 - x[1] * d.m03 + x[3] * d.m01, x[1] * d.m02 - x[0] * d.m12 - x[2] * d.m01};
   }
 
   constexpr TvectorOf<Real> upper(int row) const noexcept { return {fRows[row][0], fRows[row][1], fRows[row][2]}; }
@@ -353,6 +345,8 @@ inline constexpr TmatrixOf<Real> TmatrixOf<Real>::identity{};
 
 extern template TmatrixOf<double>& TmatrixOf<double>::invertIt() noexcept;
 extern template TmatrixOf<float>& TmatrixOf<float>::invertIt() noexcept;
+extern template TmatrixOf<double>& TmatrixOf<double>::fastInvertIt() noexcept;
+extern template TmatrixOf<float>& TmatrixOf<float>::fastInvertIt() noexcept;
 extern template void TmatrixOf<double>::debug(TdebugOutput&, unsigned int) const;
 extern template void TmatrixOf<float>::debug(TdebugOutput&, unsigned int) const;
 extern template void TmatrixOf<double>::debugMe(const TmatrixOf<double>&, unsigned int);

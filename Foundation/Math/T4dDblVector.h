@@ -150,8 +150,8 @@ public:
   constexpr Real norm() const noexcept { return x() * x() + y() * y() + z() * z(); }
   double length() const noexcept { return std::sqrt(dot(*this)); }
 
-  /// The largest magnitude, in single precision, and parts of the others: between 1 and 1.13 times the length, for
-  /// culling and sorting. Magnitudes that a float does not hold give infinity.
+  /// The largest magnitude, in single precision, and parts of the others: between 0.92 and 1.09 times the length,
+  /// for culling and sorting. Magnitudes that a float does not hold give infinity.
   template <class R = Real, class = TdoubleOnly<R>>
   constexpr double approxLength() const noexcept
   {
@@ -301,10 +301,6 @@ public:
   constexpr TvectorOf& postmultBy(const TmatrixOf<Real>& m) noexcept { return setToProduct(*this, m); }
   constexpr TvectorOf& operator*=(const TmatrixOf<Real>& m) noexcept { return setToProduct(*this, m); }
   constexpr TvectorOf operator*(const TmatrixOf<Real>& m) const noexcept { return TvectorOf().setToProduct(*this, m); }
-  friend constexpr TvectorOf operator*(const TmatrixOf<Real>& m, const TvectorOf& v) noexcept
-  {
-    return TvectorOf().setToProduct(m, v);
-  }
 
   friend std::ostream& operator<<(std::ostream& out, const TvectorOf& v)
   {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 #include <utility>
 
 // Each operation is a kernel: a struct whose run() is inlined into one function for every set of instructions, for
@@ -175,8 +176,8 @@ struct Normalize
   };
 };
 
-/// Writes the least three components and then the greatest to \p extremes.
-template <class Real>
+/// The least three components and then the greatest, of points of kSize components.
+template <class Real, int kSize>
 struct Bounds
 {
   template <int kBytes>
@@ -185,16 +186,43 @@ struct Bounds
     static constexpr int kLanes = kBytes / int(sizeof(Real));
     typedef Real Lanes __attribute__((vector_size(kBytes))); // NOLINT(modernize-use-using)
 
+    // As the components follow each other: the lanes' numbers modulo 3 tell them apart.
+    Lanes low[3], high[3];
+    Real* extremes;
+
     INLINE void run(const Real* from, std::size_t count, Real* extremes) noexcept
     {
       constexpr Real kInfinity = std::numeric_limits<Real>::infinity();
-      Lanes low[3], high[3]; // as the components follow each other: the lanes' numbers modulo 3 tell them apart
-      for (int i = 0; i < 3; ++i)
+      std::fill_n(extremes, 3, kInfinity);
+      std::fill_n(extremes + 3, 3, -kInfinity);
+      const Lanes most = Lanes{} + kInfinity;
+      Kernel kernel{{most, most, most}, {-most, -most, -most}, extremes};
+      if constexpr (kSize == 3)
+        kernel.take(from, count * 3);
+      else
       {
-        low[i] = Lanes{} + kInfinity;
-        high[i] = Lanes{} - kInfinity;
+        constexpr std::size_t kBlock = 64;
+        Real places[kBlock * 3];
+        while (count != 0)
+        {
+          const std::size_t block = std::min(count, kBlock);
+          for (std::size_t i = 0; i < block; ++i)
+          {
+            const Real factor = 1 / from[4 * i + 3]; // 1 changes nothing
+            for (std::size_t j = 0; j < 3; ++j)
+              places[3 * i + j] = from[4 * i + j] * factor;
+          }
+          kernel.take(places, block * 3);
+          from += 4 * block;
+          count -= block;
+        }
       }
-      const std::size_t size = count * 3;
+      for (std::size_t lane = 0; lane < 3 * kLanes; ++lane)
+        kernel.extend(lane % 3, kernel.low[lane / kLanes][lane % kLanes], kernel.high[lane / kLanes][lane % kLanes]);
+    }
+
+    [[gnu::always_inline]] inline void take(const Real* from, std::size_t size) noexcept
+    {
       std::size_t i = 0;
       for (; i + 3 * kLanes <= size; i += 3 * kLanes)
       {
@@ -206,17 +234,14 @@ struct Bounds
           high[k] = v > high[k] ? v : high[k];
         }
       }
-      std::fill_n(extremes, 3, kInfinity);
-      std::fill_n(extremes + 3, 3, -kInfinity);
-      const auto extend = [extremes](std::size_t component, Real least, Real greatest) {
-        Real &lowest = extremes[component], &highest = extremes[component + 3];
-        lowest = least < lowest ? least : lowest;
-        highest = greatest > highest ? greatest : highest;
-      };
       for (; i < size; ++i)
         extend(i % 3, from[i], from[i]);
-      for (std::size_t lane = 0; lane < 3 * kLanes; ++lane)
-        extend(lane % 3, low[lane / kLanes][lane % kLanes], high[lane / kLanes][lane % kLanes]);
+    }
+    [[gnu::always_inline]] inline void extend(std::size_t component, Real least, Real greatest) noexcept
+    {
+      Real &lowest = extremes[component], &highest = extremes[component + 3];
+      lowest = least < lowest ? least : lowest;
+      highest = greatest > highest ? greatest : highest;
     }
   };
 };
@@ -235,11 +260,13 @@ void normalizeAll(const TvectorOf<Real>* from, TvectorOf<Real>* to, std::size_t 
   run<Normalize<Real>::template Kernel>(reinterpret_cast<const Real*>(from), reinterpret_cast<Real*>(to), count);
 }
 
-template <class Real>
-bool boundsOfAll(const Tpoint3Of<Real>* points, std::size_t count, Tpoint3Of<Real>& low, Tpoint3Of<Real>& high) noexcept
+template <class Point>
+bool boundsOfAll(const Point* points, std::size_t count, Point& low, Point& high) noexcept
 {
+  using Real = std::remove_reference_t<decltype(low[0])>;
   Real extremes[6];
-  run<Bounds<Real>::template Kernel>(reinterpret_cast<const Real*>(points), count, extremes);
+  run<Bounds<Real, sizeof(Point) / sizeof(Real)>::template Kernel>(reinterpret_cast<const Real*>(points), count,
+                                                                   extremes);
   for (int i = 0; i < 3; ++i)
   {
     if (!(extremes[i] <= extremes[i + 3]))
@@ -305,6 +332,16 @@ bool TpointStream::bounds(const T3dDblPoint* points, std::size_t count, T3dDblPo
 }
 
 bool TpointStream::bounds(const T3dFltPoint* points, std::size_t count, T3dFltPoint& low, T3dFltPoint& high) noexcept
+{
+  return boundsOfAll(points, count, low, high);
+}
+
+bool TpointStream::bounds(const T4dDblPoint* points, std::size_t count, T4dDblPoint& low, T4dDblPoint& high) noexcept
+{
+  return boundsOfAll(points, count, low, high);
+}
+
+bool TpointStream::bounds(const T4dFltPoint* points, std::size_t count, T4dFltPoint& low, T4dFltPoint& high) noexcept
 {
   return boundsOfAll(points, count, low, high);
 }

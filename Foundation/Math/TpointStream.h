@@ -43,11 +43,16 @@ public:
   FOUNDATION_API static void normalize(const T4dFltVector* from, T4dFltVector* to, std::size_t count) noexcept;
 
   /// The least and the greatest components of the points, of which what is no number is left out. False, and both
-  /// unchanged, if for some component there is none. A zero is positive.
+  /// unchanged, if for some component there is none. A zero is positive. Homogeneous points count as the places that
+  /// they are, in their cartesian form, and so do the results.
   FOUNDATION_API static bool bounds(const T3dDblPoint* points, std::size_t count, T3dDblPoint& low,
                                     T3dDblPoint& high) noexcept;
   FOUNDATION_API static bool bounds(const T3dFltPoint* points, std::size_t count, T3dFltPoint& low,
                                     T3dFltPoint& high) noexcept;
+  FOUNDATION_API static bool bounds(const T4dDblPoint* points, std::size_t count, T4dDblPoint& low,
+                                    T4dDblPoint& high) noexcept;
+  FOUNDATION_API static bool bounds(const T4dFltPoint* points, std::size_t count, T4dFltPoint& low,
+                                    T4dFltPoint& high) noexcept;
 
   enum Instructions
   {

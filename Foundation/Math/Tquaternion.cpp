@@ -2,11 +2,15 @@
 
 namespace {
 
-/// \p v with the length 1, or as it is if it has none. Unlike normal() it corrects the least deviation.
+/// \p v with the length 1, or as it is if it has none. Unlike normal() it corrects the least deviation, and takes any
+/// length.
 T4dDblVector unit(const T4dDblVector& v)
 {
-  const double length = v.length();
-  return length > 0 ? v * (1 / length) : v;
+  const double most = std::fabs(v.maxComponent());
+  if (!(most > 0))
+    return v;
+  const T4dDblVector near1(v.x() / most, v.y() / most, v.z() / most);
+  return near1 * (1 / near1.length());
 }
 
 /// A unit vector perpendicular to the unit vector \p v.
@@ -20,13 +24,13 @@ T4dDblVector perpendicular(const T4dDblVector& v)
 
 Tquaternion::Tquaternion(const T4dDblVector& axis, Tangle angle) noexcept
 {
-  if (axis.norm() > 0)
+  if (axis != T4dDblVector())
     *this = Tquaternion(unit(axis) * (angle / 2).sin(), (angle / 2).cos());
 }
 
 Tquaternion::Tquaternion(const T4dDblVector& from, const T4dDblVector& to) noexcept
 {
-  if (!(from.norm() > 0 && to.norm() > 0))
+  if (from == T4dDblVector() || to == T4dDblVector())
     return;
   // In the plane of both: to = a * cosine + b * sine. What is next to nothing has no direction of its own.
   const T4dDblVector a = unit(from), target = unit(to);

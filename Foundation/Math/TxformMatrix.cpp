@@ -15,7 +15,11 @@ struct Ttriangle
   {
     for (int i = 0; i < 3; ++i)
     {
-      const T4dDblVector row = rows[i];
+      // Near 1, so that squares of the largest and the least numbers are numbers, too.
+      const double most = std::fabs(rows[i].maxComponent());
+      const int exponent = most > 0 && most < HUGE_VAL ? std::ilogb(most) : 0;
+      const auto scaled = [exponent](double number) { return std::scalbn(number, -exponent); };
+      const T4dDblVector row(scaled(rows[i].x()), scaled(rows[i].y()), scaled(rows[i].z()));
       T4dDblVector rest = row;
       for (int again = 0; again < 2; ++again) // the second time takes away what rounding has left
       {
@@ -30,6 +34,8 @@ struct Ttriangle
       else
         rows[i] = perpendicular(rows, i);
       l[i][i] = length > least ? length : least;
+      for (double& factor : l[i])
+        factor = std::scalbn(factor, exponent);
     }
   }
 

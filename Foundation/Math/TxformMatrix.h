@@ -43,8 +43,8 @@ public:
   FOUNDATION_API T4dDblMatrix compose() const noexcept;
 
   /// Takes over the parts that make \p m with the pivots and the order of rotations that are set. False, and nothing
-  /// changed, if \p m is not affine. Composed again they give \p m back up to rounding, singular matrices too. One that
-  /// mirrors has a negative scale along x.
+  /// changed, if \p m is not affine. Composed again they give \p m back up to rounding, singular matrices too, with (0,
+  /// 0, 0, 1) for a column 3 that isAffine() takes for that. One that mirrors has a negative scale along x.
   FOUNDATION_API bool decompose(const T4dDblMatrix& m) noexcept;
 
   constexpr Tscale& scale() noexcept { return fScale; }

@@ -88,30 +88,39 @@ TYPED_TEST(PointStream, doesWhatTheClassesDo)
   });
 }
 
+template <class Point>
+void expectBounds(Random& random)
+{
+  using Real = std::remove_reference_t<decltype(Point()[0])>;
+  for (std::size_t count = 0; count < 200; ++count)
+  {
+    const std::vector<Point> points = valuesOf<Point>(random, count);
+    Point low(1, 2, 3), high(4, 5, 6), least(INFINITY, INFINITY, INFINITY), greatest(-INFINITY, -INFINITY, -INFINITY);
+    bool any = true;
+    for (unsigned int j = 0; j < 3; ++j)
+    {
+      for (const Point& p : points)
+      {
+        const Real place = (p - Point::origin)[j]; // divided by the weight
+        least[j] = std::fmin(least[j], place);
+        greatest[j] = std::fmax(greatest[j], place);
+      }
+      any = any && least[j] <= greatest[j];
+    }
+    ASSERT_EQ(TpointStream::bounds(points.data(), count, low, high), any);
+    ASSERT_EQ(low, any ? least : Point(1, 2, 3)) << count;
+    ASSERT_EQ(high, any ? greatest : Point(4, 5, 6)) << count;
+  }
+}
+
 TYPED_TEST(PointStream, findsBounds)
 {
   using Real = TypeParam;
   using Point = Tpoint3Of<Real>;
   withEachSet([] {
     Random random;
-    for (std::size_t count = 0; count < 200; ++count)
-    {
-      const std::vector<Point> points = valuesOf<Point>(random, count);
-      Point low(1, 2, 3), high(4, 5, 6), least(INFINITY, INFINITY, INFINITY), greatest(-INFINITY, -INFINITY, -INFINITY);
-      bool any = true;
-      for (unsigned int j = 0; j < 3; ++j)
-      {
-        for (const Point& p : points)
-        {
-          least[j] = std::fmin(least[j], p[j]);
-          greatest[j] = std::fmax(greatest[j], p[j]);
-        }
-        any = any && least[j] <= greatest[j];
-      }
-      ASSERT_EQ(TpointStream::bounds(points.data(), count, low, high), any);
-      ASSERT_EQ(low, any ? least : Point(1, 2, 3)) << count;
-      ASSERT_EQ(high, any ? greatest : Point(4, 5, 6)) << count;
-    }
+    expectBounds<Point>(random);
+    expectBounds<Tpoint4Of<Real>>(random);
     const Point zero(Real(-0.0), 0, Real(-0.0));
     Point low, high;
     EXPECT_TRUE(TpointStream::bounds(&zero, 1, low, high));

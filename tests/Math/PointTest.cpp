@@ -134,13 +134,18 @@ TEST(PlanePoint, wraps)
   EXPECT_EQ(p, Tpoint(-32768, 0));
 }
 
-// A vector becomes a matrix, but never in a product.
+// A vector becomes a matrix, but never in a product, nor does the product.
 template <class M, class V>
 concept Takes = requires(M m, V v)
 {
   m *= v;
+}
+|| requires(M m, V v)
+{
+  M(m * v);
 };
-static_assert(!Takes<T4dDblMatrix, T4dDblVector> && !Takes<T3dDblPoint, T3dDblPoint>);
+static_assert(!Takes<T4dDblMatrix, T4dDblVector> && !Takes<T4dFltMatrix, T4dFltVector>);
+static_assert(!Takes<T4dFltMatrix, T4dDblVector> && Takes<T4dDblMatrix, T4dDblMatrix>);
 static_assert(std::is_convertible_v<T4dFltPoint, T4dDblPoint> && !std::is_convertible_v<T4dDblPoint, T4dFltPoint>);
 
 } // namespace

@@ -189,6 +189,14 @@ TEST(XformMatrix, composesWhatItDecomposed)
     mirrored += x.scale().x() < 0;
   }
   EXPECT_GT(mirrored, 1000);
+  for (int i = 0; i < 200; ++i) // squares are no numbers any more
+  {
+    const double scale = i % 2 == 0 ? 1e200 : 1e-200;
+    T4dDblMatrix m = trialMatrix(random, i % 8) * scale;
+    m[3][3] = 1;
+    const T4dDblMatrix composed = TxformMatrix(m).compose();
+    ASSERT_TRUE(composed.equivalent(m, 1e-12 * scale)) << m << composed;
+  }
   T4dDblMatrix projective;
   projective[0][3] = 1;
   TxformMatrix x(T4dDblMatrix(T4dDblVector(1, 2, 3)));
