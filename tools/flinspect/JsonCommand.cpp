@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "Ident.h"
 #include "Inspection.h"
+#include "LeafValue.h"
 
 #include <nlohmann/json.hpp>
 
@@ -44,17 +45,25 @@ public:
   {
     if (chunk.fIsGroup)
       putEntry(R"({"kind":"group")" + members(chunk) + "}");
-    return false;
+    fHasValue = fValue.begin(chunk);
+    return fHasValue;
   }
+
+  void data(const unsigned char* bytes, std::size_t count) override { fValue.data(bytes, count); }
 
   bool end(const Chunk& chunk) override
   {
-    const std::string length = R"(,"length":)" + std::to_string(chunk.fLength) + "}";
+    const std::string length = R"(,"length":)" + std::to_string(chunk.fLength);
     if (chunk.fIsGroup)
       putEntry(R"({"kind":"end","depth":)" + std::to_string(chunk.fDepth) + R"(,"offset":)" +
-               std::to_string(chunk.fOffset) + length);
+               std::to_string(chunk.fOffset) + length + "}");
     else
-      putEntry(R"({"kind":"chunk")" + members(chunk) + length);
+    {
+      const std::string value = fHasValue ? fValue.text() : std::string();
+      putEntry(R"({"kind":"chunk")" + members(chunk) + length + (value.empty() ? "" : R"(,"value":)" + literal(value)) +
+               "}");
+    }
+    fHasValue = false;
     return true;
   }
 
@@ -90,6 +99,8 @@ private:
   }
 
   bool fHasEntries = false;
+  bool fHasValue = false; // the plain chunk that was begun may have one
+  LeafValue fValue;
 };
 
 } // namespace

@@ -1,14 +1,16 @@
 #include "Commands.h"
 #include "Ident.h"
 #include "Inspection.h"
+#include "LeafValue.h"
 
 #include <algorithm>
 
 namespace {
 
-constexpr TuInt32 kDeepest = 32; // levels that are shown by indentation
+constexpr TuInt32 kDeepest = 32;         // levels that are shown by indentation
+constexpr std::size_t kMostOfValue = 72; // characters of a value that are shown
 
-// A line for each chunk, printed as the walk meets it.
+// A line for each chunk, printed as the walk meets it; of a value, when its data have been read.
 class Tree : public Inspection
 {
 public:
@@ -40,15 +42,40 @@ public:
     }
     else
       fLine += idText(chunk.fId);
-    addRemarks(chunk);
-    fLine += '\n';
+    addMeanings(chunk);
+    fIsAwaited = fValue.begin(chunk);
+    if (!fIsAwaited)
+      fLine += '\n';
     fConsole.put(fLine);
-    return false;
+    return fIsAwaited;
+  }
+
+  void data(const unsigned char* bytes, std::size_t count) override { fValue.data(bytes, count); }
+
+  bool end(const Chunk&) override
+  {
+    if (fIsAwaited)
+    {
+      std::string value = fValue.text();
+      if (value.size() > kMostOfValue)
+        value.replace(kMostOfValue - 3, std::string::npos, "...");
+      fConsole.put(value.empty() ? "\n" : " = " + value + '\n');
+      fIsAwaited = false;
+    }
+    return true;
+  }
+
+  void departure(Severity severity, Tint64 offset, const std::string& message) override
+  {
+    if (fIsAwaited)
+      fConsole.put("\n"); // and no value
+    fIsAwaited = false;
+    Inspection::departure(severity, offset, message);
   }
 
 private:
-  // What is known of a chunk beyond its header: here what its id means, and its type.
-  void addRemarks(const Chunk& chunk)
+  // What the id means, and of a group the type.
+  void addMeanings(const Chunk& chunk)
   {
     std::string remark(meaningOf(chunk.fId));
     if (const std::string_view ofType = meaningOf(chunk.fType); chunk.fIsGroup && !ofType.empty())
@@ -70,6 +97,8 @@ private:
 
   const bool fInColour;
   std::string fLine;
+  LeafValue fValue;
+  bool fIsAwaited = false; // the value that goes on the line put last
 };
 
 } // namespace
