@@ -96,6 +96,17 @@ TclientCondition::TclientCondition(const Tstring& name, unsigned char state)
 {
 }
 
+TclientCondition::~TclientCondition()
+{
+  removeTrigger(); // nobody is to find it from now on
+  const TtriggerPtrArray& triggers = triggerArray();
+  for (unsigned int i = triggers.length(); i-- > 0;)
+  {
+    if (i < triggers.length()) // the last one may have destroyed some
+      triggers[i]->removeClient(this);
+  }
+}
+
 void TclientCondition::serverDeleted(TclientServer*, const TserverMsg&)
 {
   follow();

@@ -70,7 +70,8 @@ private:
 ///
 /// Make it a client for TconditionOnMsg and TconditionOffMsg with the default callbacks. It looks at all conditions of
 /// the process at each such message, and when it joins or leaves a condition that is on or that is destroyed. Until
-/// then it keeps the state that it was given. Conditions that follow each other in a circle keep each other on.
+/// then it keeps the state that it was given. Conditions that follow each other in a circle keep each other on. Its
+/// destructor takes it out of all triggers and conditions; out of other servers you take it, as any client.
 class FOUNDATION_API TclientCondition : public Tcondition, public Tclient
 {
 public:
@@ -78,6 +79,7 @@ public:
 
   Tmetaclass* typeof() const override;
   void* cast(Tmetaclass* type) override;
+  ~TclientCondition() override;
 
   void serverDeleted(TclientServer* server, const TserverMsg& msg) override;
   void serverModified(TclientServer* server, const TserverMsg& msg) override;

@@ -161,6 +161,12 @@ TEST(Tcondition, tellsOfChangesAndIsFollowed)
   EXPECT_TRUE(any);
   lit.removeClient(follower);
   EXPECT_EQ(client.heard(), "nf");
+  {
+    TclientCondition brief("brief", 0);
+    watch(lit, &brief);
+    EXPECT_TRUE(brief);
+  }
+  EXPECT_FALSE(lit.hasClients());
   any = 1;
   EXPECT_EQ(client.heard(), "n");
 }
