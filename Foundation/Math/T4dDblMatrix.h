@@ -111,9 +111,14 @@ public:
     const auto at = [&a, &b](int i, int j) {
       return a.fRows[i][0] * b.fRows[0][j] + a.fRows[i][1] * b.fRows[1][j] + a.fRows[i][2] * b.fRows[2][j];
     };
-    const auto& moved = b.fRows[3];
-    return *this = TmatrixOf(at(0, 0), at(0, 1), at(0, 2), 0, at(1, 0), at(1, 1), at(1, 2), 0, at(2, 0), at(2, 1),
-                             at(2, 2), 0, at(3, 0) + moved[0], at(3, 1) + moved[1], at(3, 2) + moved[2], 1);
+    TmatrixOf product;
+    for (int i = 0; i < 3; ++i)
+    {
+      for (int j = 0; j < 3; ++j)
+        product.fRows[i][j] = at(i, j);
+      product.fRows[3][i] = at(3, i) + b.fRows[3][i];
+    }
+    return *this = product;
   }
   template <class R = Real, class = TdoubleOnly<R>>
   constexpr TmatrixOf& affinePostmultBy(const TmatrixOf& m) noexcept

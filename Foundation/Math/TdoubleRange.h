@@ -5,6 +5,7 @@
 
 #include "Foundation/Container/Arrays.h"
 #include "Foundation/Container/TtypedArray.h"
+#include "Foundation/Math/GeometryTraits.h"
 
 #include <algorithm>
 #include <limits>
@@ -81,32 +82,36 @@ public:
   {
   }
   constexpr Tscale(double x, double y, double z) noexcept
-    : fX(x)
-    , fY(y)
-    , fZ(z)
+    : fComponents{x, y, z}
   {
   }
 
-  constexpr double x() const noexcept { return fX; }
-  constexpr double y() const noexcept { return fY; }
-  constexpr double z() const noexcept { return fZ; }
+  constexpr double x() const noexcept { return fComponents[0]; }
+  constexpr double y() const noexcept { return fComponents[1]; }
+  constexpr double z() const noexcept { return fComponents[2]; }
+  constexpr const double* array() const noexcept { return fComponents; }
 
-  constexpr bool isUniform() const noexcept { return fX == fY && fY == fZ; }
+  constexpr bool isUniform() const noexcept { return x() == y() && y() == z(); }
 
   /// One after the other.
   constexpr Tscale operator*(const Tscale& other) const noexcept
   {
-    return {fX * other.fX, fY * other.fY, fZ * other.fZ};
+    return {x() * other.x(), y() * other.y(), z() * other.z()};
   }
 
   constexpr bool operator==(const Tscale& other) const noexcept
   {
-    return fX == other.fX && fY == other.fY && fZ == other.fZ;
+    return Tcomponents::same(fComponents, other.fComponents);
   }
   constexpr bool operator!=(const Tscale& other) const noexcept { return !(*this == other); }
 
 private:
-  double fX = 1, fY = 1, fZ = 1;
+  double fComponents[3] = {1, 1, 1};
+};
+
+template <>
+struct std::hash<Tscale> : TcomponentHash<Tscale, double, 3>
+{
 };
 
 inline std::ostream& operator<<(std::ostream& out, const Tscale& scale)
