@@ -143,6 +143,24 @@ TEST_F(FlinspectTest, TreeShowsTheNesting)
             std::string::npos);
 }
 
+TEST_F(FlinspectTest, ShowsValues)
+{
+  const std::string many(80, '\0');
+  const std::string file = write("values.iff", form(chunk("DBLE", "\xC0\x04\0\0\0\0\0\0"s) + chunk("LNG2", "short") +
+                                                    chunk("TIME", "\0\0\x23\x28"s) + chunk("DBL#", many) +
+                                                    chunk("NOTE", "12345678") + header("SRT2", 4) + "\0\1\0"s));
+  const Result tree = run({file});
+  std::string values;
+  std::istringstream lines(tree.out);
+  for (std::string line; std::getline(lines, line);)
+    values += line.substr(std::min(line.size(), std::size_t(29))) + '|';
+  EXPECT_EQ(values, "unk|RM TEST  form|DBLE = -2.5|LNG2|TIME = 9000t|DBL# = doubleArray 10 0 0 0 0 0 0 0 0 0 0|NOTE|SRT2|");
+  EXPECT_NE(tree.err.find("error: SRT2 goes"), std::string::npos) << tree.err;
+  const std::string json = run({"json", file}).out;
+  EXPECT_NE(json.find(R"("length":8,"value":"-2.5"})"), std::string::npos) << json;
+  EXPECT_EQ(json.find("NOTE\",\"value"), std::string::npos);
+}
+
 TEST_F(FlinspectTest, DumpFindsTheChunk)
 {
   const std::string file =
