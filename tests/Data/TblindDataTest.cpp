@@ -24,20 +24,15 @@ TEST(TblindData, TellsKindsIdsAndValuesApart)
   {
     TblindData& data;
     const char* name;
-    unsigned size;
     std::string value;
   } cases[] = {
-    {truth, "TblindBooleanData", 12, "1"},
-    {whole, "TblindInt32Data", 12, "1"},
-    {pointer, "TblindPointerData", 12, address.str()},
-    {text, "TblindStringData", 12, "1"},
-    {number, "TblindDoubleData", 16, "1"},
+    {truth, "TblindBooleanData", "1"}, {whole, "TblindInt32Data", "1"},   {pointer, "TblindPointerData", address.str()},
+    {text, "TblindStringData", "1"},   {number, "TblindDoubleData", "1"},
   };
   for (const auto& each : cases)
   {
     Tmetaclass* const kind = each.data.typeof();
     EXPECT_EQ(kind, Tmetaclass::findClass(each.name));
-    EXPECT_EQ(kind->size(), each.size);
     const std::unique_ptr<TblindData> copy(each.data.copy());
     EXPECT_EQ(each.data.cast(TblindData::fTypeid), &each.data);
     const std::unique_ptr<TblindData> fresh(static_cast<TblindData*>(TblindData::construct(kind)));

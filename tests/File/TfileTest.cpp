@@ -1,5 +1,4 @@
 #include "Foundation/File/Tfile.h"
-#include "Foundation/Data/Tmetaclass.h"
 #include "tests/FailingMemory.h"
 #include "tests/Iff/Chunks.h"
 
@@ -117,13 +116,6 @@ TEST(Tfile, SaysWhatFailed)
             }),
             2);
 #endif
-}
-
-TEST(Tfile, HasARecord)
-{
-  Tfile file;
-  EXPECT_TRUE(file.typeof() == Tmetaclass::findClass("file") && file.typeof()->size() == 44);
-  EXPECT_TRUE(file.cast(Tfile::fTypeid) == &file && !file.cast(nullptr) && !Tfile::construct(Tfile::fTypeid));
 }
 
 } // namespace
