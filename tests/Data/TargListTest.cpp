@@ -1,5 +1,4 @@
 #include "Foundation/Data/TargList.h"
-#include "Foundation/Data/Tmetaclass.h"
 
 #include <gtest/gtest.h>
 
@@ -108,8 +107,6 @@ TEST(TargList, GivesWhatItCan)
     EXPECT_EQ(text, each.text);
     EXPECT_EQ(each.list.type(each.index).isArg(), each.text != none);
   }
-  TargList& list = texts;
-  EXPECT_TRUE(list.typeof() == Tmetaclass::findClass("arglist") && list.cast(list.typeof()) == &list);
 }
 
 TEST(TargList, ReadsTheTextsThatItWrites)
