@@ -257,7 +257,7 @@ bool isDeeperThan(const TdataCompound& compound, unsigned int levels)
 {
   return levels == 0 || std::any_of(compound.begin(), compound.end(), [levels](const Tdata& child) {
            const auto* below = child.letterAs<TdataCompound>();
-           return below && isDeeperThan(*below, levels - 1);
+           return below && !below->hasFixedLength() && isDeeperThan(*below, levels - 1);
          });
 }
 

@@ -415,7 +415,7 @@ TEST(Tdata, RefusesWhatIsNoValueAndKeepsWhatItHas)
   EXPECT_EQ(flerrno, 0);
 
   // Deeper than can be read is not written either.
-  Tdata tower = 1;
+  Tdata tower(new Tdata2Double(1, 2)); // which is no level
   for (unsigned i = 0; i <= TdataCompound::kMostLevels; ++i)
   {
     auto* compound = new TdataCompound;
