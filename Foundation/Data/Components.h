@@ -100,27 +100,38 @@ inline bool narrow(const double& from, float& to) noexcept
   return std::isinf(to) == std::isinf(from);
 }
 
-/// Appends a number as text that parseNumber(), then narrow() read back.
+/// A number as text that parseNumber(), then narrow() read back.
 template <class Integer, std::enable_if_t<std::is_integral_v<Integer>, int> = 0>
-void appendNumber(Tstring& text, Integer value) noexcept
+std::string_view textOf(Integer value, Tdigits& digits) noexcept
 {
-  char digits[24];
-  text += std::string_view(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+  return {digits, std::to_chars(digits, digits + sizeof digits, value).ptr};
 }
-inline void appendNumber(Tstring& text, const float& value) noexcept
+inline std::string_view textOf(const float& value, Tdigits& digits) noexcept
 {
   // The shortest text for a float, unless it reads back as another one by way of a double.
-  char digits[24];
   const std::string_view shortest(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
   double wide;
   float back;
   if (!std::isnan(value) && parseNumber(shortest, wide) && narrow(wide, back) && back == value)
-    text += shortest;
-  else
-  {
-    widen(value, wide);
-    appendNumber(text, wide);
-  }
+    return shortest;
+  widen(value, wide);
+  return textOf(wide, digits);
+}
+
+/// Appends \p piece. Throws TmemoryException where the string would be emptied, and what comes next appended to that.
+inline void appendPiece(Tstring& text, std::string_view piece)
+{
+  const std::size_t length = text.length() + piece.size();
+  text.append(piece);
+  if (text.length() != length)
+    throw TmemoryException();
+}
+
+template <class Number>
+void appendNumber(Tstring& text, const Number& value)
+{
+  Tdigits digits;
+  appendPiece(text, textOf(value, digits));
 }
 
 /// Where the arguments end that a value from \p next on may take: \p count of them, or all when that is below 0.
@@ -148,5 +159,5 @@ inline TdataLetter* namedLetter(const TargList& arguments, unsigned int& at)
 /// Appends what parts the value with the number \p i in a row from the one before.
 inline void appendSeparator(Tstring& text, long perLine, unsigned int i)
 {
-  text += perLine > 0 && i % static_cast<unsigned long>(perLine) == 0 ? '\n' : ' ';
+  appendPiece(text, perLine > 0 && i % static_cast<unsigned long>(perLine) == 0 ? "\n" : " ");
 }

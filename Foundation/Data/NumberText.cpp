@@ -29,9 +29,8 @@ bool parseWhole(std::string_view text, Number& value, Options... options)
 
 } // namespace
 
-void appendNumber(Tstring& text, const double& value) noexcept
+std::string_view textOf(const double& value, Tdigits& digits) noexcept
 {
-  char digits[32];
   if (std::isnan(value))
   {
     TuInt64 bits;
@@ -39,14 +38,11 @@ void appendNumber(Tstring& text, const double& value) noexcept
     char* at = std::copy(kNan.begin(), kNan.end(), digits);
     for (int i = kDigits; i-- != 0;)
       *at++ = "0123456789abcdef"[bits >> i * 4 & 15];
-    text.append(std::string_view(digits, at));
+    return {digits, at};
   }
-  else
-  {
-    const bool isShortWhole = std::fabs(value) < 1e15 && value == std::trunc(value);
-    const auto format = isShortWhole ? std::chars_format::fixed : std::chars_format::general;
-    text.append(std::string_view(digits, std::to_chars(digits, digits + sizeof digits, value, format).ptr));
-  }
+  const bool isShortWhole = std::fabs(value) < 1e15 && value == std::trunc(value);
+  const auto format = isShortWhole ? std::chars_format::fixed : std::chars_format::general;
+  return {digits, std::to_chars(digits, digits + sizeof digits, value, format).ptr};
 }
 
 bool parseNumber(std::string_view text, double& value) noexcept

@@ -86,8 +86,8 @@ bool TdoubleArgList::asString(unsigned int index, Tstring& value) const noexcept
 {
   if (index >= length())
     return false;
-  value.clear();
-  appendNumber(value, fValues[index]);
+  Tdigits digits;
+  value = Tstring(textOf(fValues[index], digits));
   return true;
 }
 

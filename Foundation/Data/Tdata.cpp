@@ -268,16 +268,16 @@ void Tdata::appendText(Tstring& text, long perLine, bool named) const
   else if (isAnimTime())
   {
     appendNumber(text, fTicks);
-    text += 't';
+    appendPiece(text, "t");
   }
   else if (!fLetter)
-    text += kNullText;
+    appendPiece(text, kNullText);
   else
   {
     if (named)
     {
-      text += fLetter->typeName();
-      text += ' ';
+      appendPiece(text, fLetter->typeName());
+      appendPiece(text, " ");
     }
     fLetter->appendText(text, perLine);
   }

@@ -106,7 +106,7 @@ public:
   bool isAnimTime() const noexcept { return fFlags & kAnimTime; }
   bool isNULL() const noexcept { return !isValue() && !fLetter; }
 
-  /// The handle's role with its letter. Numbers and times are writers, NULL may be either.
+  /// The handle's role with its letter. Numbers and times are writers, NULL is a holder.
   bool holder() const noexcept { return fFlags & kHolder; }
   bool writer() const noexcept { return !holder(); }
 
@@ -350,7 +350,7 @@ public:
   /// Writes the value as a chunk, or group.
   long writeBinary(TiffFile& file) const;
 
-  /// Appends what writeASCII() writes.
+  /// Appends what writeASCII() writes. Throws TmemoryException.
   void appendText(Tstring& text, long perLine, bool named) const;
 
   /// A new handle, the caller's: 0.0 for the records "Tdata" and "TdataNumeric", on a new letter for that of a letter

@@ -120,7 +120,9 @@ TorderOfData TdataCompound::compare(const TdataLetter& other) const
   }
   if (length() != compound.length())
     return length() < compound.length() ? TorderOfData::kLess : TorderOfData::kGreater;
-  return fGroupId == compound.fGroupId && fGroupType == compound.fGroupType ? result : TorderOfData::kDifferent;
+  const bool areGroups = !hasFixedLength() && !compound.hasFixedLength();
+  return areGroups && (fGroupId != compound.fGroupId || groupType() != compound.groupType()) ? TorderOfData::kDifferent
+                                                                                             : result;
 }
 
 // Makes each child what \p operation makes of its index, or none of them.
@@ -219,7 +221,7 @@ long TdataCompound::readASCII(TargList& arguments, unsigned int& next, long coun
 long TdataCompound::readBinary(TiffTag tag, unsigned long& size, void*& data)
 {
   constexpr unsigned long kHeader = 12;
-  if (tag != iffTag() || size > INT_MAX - kHeader)
+  if (hasFixedLength() || tag != iffTag() || size > INT_MAX - kHeader)
     return kFailed;
 
   // The engine reads it, as the file that a group of these contents would be.
@@ -232,12 +234,15 @@ long TdataCompound::readBinary(TiffTag tag, unsigned long& size, void*& data)
   char name[64];
   std::snprintf(name, sizeof name, "mem:%llu,%lu",
                 static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(group.data())), kHeader + size);
-  const int error = flerrno;
+  const int error = std::exchange(flerrno, 0);
+  const unsigned forms = FLsetnameforms(kFLformMem); // which may be switched off for what others name
   TiffFile file(name, "r");
+  FLsetnameforms(forms);
   TdataReader reader;
   file.setCallbackObject(&reader);
   const bool isRead = file.isActive() && file.parse() == 0 && reader.values().length() == 1;
-  flerrno = error;
+  if (std::exchange(flerrno, error) == kFLnoMemory)
+    throw TmemoryException();
   if (!isRead)
     return kFailed;
   fChildren = std::move(reader.values()[0].writableAs<TdataCompound>()->fChildren);
@@ -252,7 +257,7 @@ bool isDeeperThan(const TdataCompound& compound, unsigned int levels)
 {
   return levels == 0 || std::any_of(compound.begin(), compound.end(), [levels](const Tdata& child) {
            const auto* below = child.letterAs<TdataCompound>();
-           return below && isDeeperThan(*below, levels - 1);
+           return below && !below->hasFixedLength() && isDeeperThan(*below, levels - 1);
          });
 }
 
@@ -262,7 +267,7 @@ long TdataCompound::writeBinary(TiffFile& file)
 {
   if (isDeeperThan(*this, kMostLevels))
     return flerrno = kFLbadBlock;
-  long status = file.beginWriteGroup(fGroupId, fGroupType);
+  long status = file.beginWriteGroup(fGroupId, groupType());
   for (unsigned int i = 0; i < length() && status == 0; ++i)
     status = fChildren[i].writeBinary(file);
   return status == 0 ? file.endWriteGroup() : status;

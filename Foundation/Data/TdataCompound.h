@@ -5,8 +5,10 @@
 
 #include "Foundation/Data/Tdata.h"
 
-/// A letter with children. In a file it is a group, which has an id and a type besides: "FOR4" and "CMPD" as long as
-/// nobody says otherwise.
+#include <optional>
+
+/// A letter with children. In a file it is a group, which has an id and a type besides: "FOR4" and the tag of its kind
+/// as long as nobody says otherwise.
 ///
 /// \code
 ///   Tdata scene(new TdataCompound);
@@ -18,7 +20,11 @@
 ///
 /// Compounds compare child by child, the first difference decides; sums and so on are made child by child, for as many
 /// children in both, and whatever kinds of compounds they are. Products and quotients with one number concern all
-/// children. The trap: a compound within itself is never freed, and what walks it does not end.
+/// children. The traps: a compound within itself is never freed, and what walks it does not end; one that a program
+/// nests some ten thousand deep exhausts the stack when it is walked or freed.
+///
+/// A kind that derives from it is read from groups whose type is its tag, and from text, as a compound of that kind.
+/// One that stands in files as a chunk of its own, as tuples do, has a fixed length.
 class FOUNDATION_API TdataCompound : public TdataLetter
 {
 public:
@@ -55,10 +61,13 @@ public:
   const Tdata* begin() const noexcept { return fChildren.begin(); }
   const Tdata* end() const noexcept { return fChildren.end(); }
 
-  /// Id and type of the group that stands for the compound in a file. Other compounds write chunks and have no use for
-  /// them. False, and nothing changes, for an id that is none of a group and a type whose top bit is set.
+  /// Whether the kind has a length and values of its own, which cannot be added or taken away.
+  virtual bool hasFixedLength() const;
+
+  /// Id and type of the group that stands for the compound in a file; a fixed length has no use for them. False, and
+  /// nothing changes, for an id that is none of a group and a type whose top bit is set.
   TiffTag groupId() const noexcept { return fGroupId; }
-  TiffTag groupType() const noexcept { return fGroupType; }
+  TiffTag groupType() const { return fGroupType.value_or(iffTag()); }
   bool setGroup(TiffTag id, TiffTag type) noexcept;
 
   void reset() override;
@@ -79,19 +88,16 @@ protected:
   bool combine(ToperationOnData operation, const TdataLetter& other) override;
   bool scale(ToperationOnData operation, double number) override;
 
-  /// What a kind with a length and values of its own overrides: the value that \p data becomes as a child. Throws
-  /// TbadDataCast when there is none.
+  /// What a kind with a fixed length may override: the value that \p data becomes as a child. Throws TbadDataCast when
+  /// there is none.
   virtual Tdata accepted(const Tdata& data) const;
-  virtual bool hasFixedLength() const;
 
   TDarray fChildren;
 
 private:
-  friend class Tdata;
-
   template <class Operation>
   bool replaceChildren(Operation operation);
 
   TiffTag fGroupId = TiffTag::kFOR4;
-  TiffTag fGroupType = "CMPD";
+  std::optional<TiffTag> fGroupType; // without one, the tag of the kind
 };

@@ -132,7 +132,7 @@ public:
   /// The value as one number; 0 where that means nothing.
   virtual double doubleValue() const;
 
-  /// Told when a writer has come, and when one goes.
+  /// Told when a writer has come, and when one goes. Must not throw.
   virtual void madeIntoWriter();
   virtual void madeIntoNonWriter();
 
@@ -195,7 +195,7 @@ public:
   /// A new letter of the kind, the caller's; null for what is no kind of letter, and when there is no memory.
   static TdataLetter* construct(Tmetaclass* type);
 
-  /// The value as arguments, as writeASCII() writes it.
+  /// The value as arguments, as writeASCII() writes it. Throws TmemoryException.
   Tstring text(long perLine = 0) const;
 
   static Tmetaclass* fTypeid;
@@ -204,7 +204,7 @@ public:
   virtual TorderOfData compare(const TdataLetter& other) const;
   TorderOfData compare(const Tdata& other) const;
 
-  /// Appends what text() is made of. Nothing is a value, too.
+  /// Appends what text() is made of; nothing is a value, too. Throws TmemoryException.
   virtual void appendText(Tstring& text, long perLine) const;
 
 protected:

@@ -39,6 +39,9 @@ protected:
 
   bool combine(ToperationOnData operation, const TdataLetter& other) override;
   bool scale(ToperationOnData operation, double number) override;
+
+private:
+  static Tmetaclass* fTypeid; // there is none: nothing can be asked whether it is such a row
 };
 
 /// A value of type \p Value, which is so many numbers behind each other.

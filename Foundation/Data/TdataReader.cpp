@@ -1,8 +1,29 @@
 #include "Foundation/Data/TdataReader.h"
 
 #include "Foundation/Data/TdataCompound.h"
+#include "Foundation/Data/TdataUnknown.h"
+#include "Foundation/Data/TmetaLetter.h"
 #include "Foundation/Data/Typed.h"
 #include "Foundation/Iff/TiffFile.h"
+
+namespace {
+
+// A new compound of the kind whose tag is the type of a group; NULL when it is that of no such kind.
+Tdata compoundFor(TiffTag type)
+{
+  Tmetaclass* const kind = TmetaLetter::findTypeid(type);
+  Tdata value(static_cast<TdataLetter*>(nullptr));
+  if (!kind || !kind->isa(TdataCompound::fTypeid))
+    return value;
+  value = TdataLetter::construct(kind);
+  if (value.isNULL())
+    throw TmemoryException();
+  if (value.letterAs<TdataCompound>()->hasFixedLength())
+    value.reset();
+  return value;
+}
+
+} // namespace
 
 int TdataReader::iffVListMethod1(TiffFile& file, TiffTag group, TiffTag type)
 {
@@ -13,8 +34,10 @@ int TdataReader::iffVFormMethod1(TiffFile&, TiffTag group, TiffTag type)
 {
   if (fOpen.length() == TdataCompound::kMostLevels)
     return kFLbadBlock;
-  auto* compound = makeNew<TdataCompound>();
-  const Tdata value(compound);
+  Tdata value = compoundFor(type);
+  if (value.isNULL())
+    value = makeNew<TdataCompound>();
+  auto* compound = static_cast<TdataCompound*>(value.privateDataStar());
   if (!compound->setGroup(group, type))
     return kFLbadId;
   fOpen.buffer(1); // which may fail, and must not between the two
@@ -35,6 +58,8 @@ int TdataReader::iffVLeafMethod1(TiffFile& file, TiffTag id, Tint32 size)
     return file.error();
   auto left = static_cast<unsigned long>(size);
   Tdata value;
+  if (!compoundFor(id).isNULL()) // the chunk is no group, and chunks in chunks could go on as deep as the file likes
+    value = makeNew<TdataUnknown>(id);
   value.readBinary(id, left, data);
   add(value);
   return 0;

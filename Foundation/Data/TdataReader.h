@@ -8,9 +8,10 @@
 
 class TdataCompound;
 
-/// A receiver for TiffFile::parse(). Each chunk becomes the value that Tdata::readBinary() makes of it, each group a
-/// TdataCompound with the group's id and type, whose children are what stands in it. What is written again by
-/// Tdata::writeBinary() is the same file, but for its marks and what its padding holds.
+/// A receiver for one TiffFile::parse(). Each chunk becomes the value that Tdata::readBinary() makes of it, each group
+/// a compound with the group's id and type, whose children are what stands in it: one of the kind that has the type for
+/// its tag, or else a TdataCompound. What is written again by Tdata::writeBinary() is the same file, but for its marks
+/// and what its padding holds.
 ///
 /// \code
 ///   TiffFile file("scene.for4", "r");

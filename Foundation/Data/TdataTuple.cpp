@@ -50,7 +50,8 @@ long TdataTuple::readASCII(TargList& arguments, unsigned int& next, long count)
   if (endOfArguments(arguments, next, count) - next < length())
     return kFailed;
   return withNumber(fType, [&](auto number) -> long {
-    double values[3];
+    TtypedArray<double> values;
+    values.changeLogicalSizeTo(length());
     for (unsigned int i = 0; i < length(); ++i)
     {
       if (!arguments.asDouble(next + i, values[i]) || !narrow(values[i], number))
@@ -85,14 +86,15 @@ long TdataTuple::readBinary(TiffTag tag, unsigned long& size, void*& data)
 
 long TdataTuple::writeBinary(TiffFile& file)
 {
-  char bytes[3 * sizeof(double)];
-  char* end = bytes;
-  withNumber(fType, [&](auto number) {
+  return withNumber(fType, [&](auto number) -> long {
+    TtypedArray<char> bytes;
+    bytes.changeLogicalSizeTo(unsigned(length() * sizeof number));
+    char* to = bytes.data();
     for (const Tdata& child : fChildren)
     {
       narrow(child.doubleValue(), number);
-      end = putBigEndian(end, number);
+      to = putBigEndian(to, number);
     }
+    return file.putChunk(iffTag(), Tint32(bytes.length()), bytes.data());
   });
-  return file.putChunk(iffTag(), Tint32(end - bytes), bytes);
 }

@@ -15,14 +15,16 @@ public:
   long readBinary(TiffTag tag, unsigned long& size, void*& data) override;
   long writeBinary(TiffFile& file) override;
   void appendText(Tstring& text, long perLine) const override;
+  bool hasFixedLength() const override { return true; }
 
 protected:
   TdataTuple(TnumberType type, unsigned int length);
 
   Tdata accepted(const Tdata& data) const override;
-  bool hasFixedLength() const override { return true; }
 
 private:
+  static Tmetaclass* fTypeid; // there is none: nothing can be asked whether it is a tuple
+
   TnumberType fType;
 };
 

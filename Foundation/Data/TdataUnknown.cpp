@@ -37,8 +37,8 @@ void TdataUnknown::appendText(Tstring& text, long) const
   char tag[4];
   putBigEndian(tag, fTag.value());
   const auto append = [&text](unsigned char byte) {
-    text += "0123456789abcdef"[byte >> 4];
-    text += "0123456789abcdef"[byte & 15];
+    const char digits[] = {"0123456789abcdef"[byte >> 4], "0123456789abcdef"[byte & 15]};
+    appendPiece(text, {digits, sizeof digits});
   };
   for (const char each : tag)
     append(static_cast<unsigned char>(each));

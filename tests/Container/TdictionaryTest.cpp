@@ -1,5 +1,4 @@
 #include "Foundation/Container/TtypedDictionary.h"
-#include "Foundation/Data/Tmetaclass.h"
 #include "Foundation/Platform/Random.h"
 #include "tests/FailingMemory.h"
 
@@ -188,14 +187,6 @@ TEST(Tdictionary, knowsWhatItsRulesAre)
     before = before->forward(0);
   EXPECT_TRUE(broken(before->forward(0), high->forward(0))); // not on all its levels
   EXPECT_TRUE(broken(dictionary.forward(dictionary.levels() - 1), static_cast<TdictionaryNode*>(nullptr)));
-}
-
-TEST(Tdictionary, HasARecord)
-{
-  Dictionary dictionary;
-  Node node(1, 1);
-  EXPECT_TRUE(dictionary.typeof()->size() == 72 && node.typeof()->size() == 4);
-  EXPECT_TRUE(dictionary.cast(node.typeof()) == &dictionary && !node.cast(Tdictionary::fTypeid));
 }
 
 struct Failing // when a node is made of it

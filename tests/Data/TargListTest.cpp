@@ -1,5 +1,4 @@
 #include "Foundation/Data/TargList.h"
-#include "Foundation/Data/Tmetaclass.h"
 
 #include <gtest/gtest.h>
 
@@ -93,8 +92,6 @@ TEST(TargList, GivesWhatItCan)
     EXPECT_EQ(answers(list, index), expected);
     EXPECT_EQ(list.type(index).isArg(), index < list.length());
   }
-  TargList& list = texts;
-  EXPECT_TRUE(list.typeof() == Tmetaclass::findClass("arglist") && list.cast(list.typeof()) == &list);
 }
 
 TEST(TargList, ReadsTheTextsThatItWrites)

@@ -87,7 +87,6 @@ Tdata randomTree(std::mt19937_64& random)
   return tree;
 }
 
-// The file of a value; a "FOR4" around what is none.
 std::vector<char> fileOf(const Tdata& data)
 {
   std::vector<char> block(100000);
@@ -270,6 +269,59 @@ TEST(Tdata, ComparesAndComputesWhereItMeansSomething)
   EXPECT_THROW(Tdata(values[3]).writableAs<Tdata2Double>()->setData(0, values[5]), TbadDataCast);
 }
 
+// Kinds as a program might add them: one with a length of its own, and a group.
+template <class Base>
+class Added : public Base
+{
+public:
+  using Base::Base;
+  TdataLetter* copy() const override { return new Added(*this); }
+  Tmetaclass* typeof() const override { return fTypeid; }
+  void* cast(Tmetaclass* type) override { return type == fTypeid ? this : TdataCompound::cast(type); }
+  static void* create(Tmetaclass* requested) { return (new Added)->cast(requested); }
+  inline static Tmetaclass* fTypeid;
+};
+using Quaternion = Added<TdataTupleOf<float, 4, TnumberType::kFloat>>;
+using Layer = Added<TdataCompound>;
+
+TEST(Tdata, StoresKindsThatAProgramAdds)
+{
+  Tmetaclass quaternion(nullptr, "quaternion", 56, Quaternion::create, TiffTag("QUAT").value(), 0,
+                        &TdataCompound::fTypeid);
+  Tmetaclass layer(nullptr, "layer", 56, Layer::create, TiffTag("LAYR").value(), 0, &TdataCompound::fTypeid);
+  Quaternion::fTypeid = &quaternion;
+  Layer::fTypeid = &layer;
+  const TmetaLetter first(&quaternion), second(&layer);
+  auto* inner = new Layer;
+  auto* outer = new Layer;
+  const Tdata tree(outer);
+  outer->addData(Tdata(inner));
+  inner->addData(Tdata(new Quaternion(1, 2, 3, 0.5)));
+  EXPECT_EQ(text(tree * 2), "layer 1 layer 1 quaternion 2 4 6 1");
+  TstringArgList arguments;
+  arguments.setText(text(tree).c_str());
+  unsigned int next = 0;
+  Tdata read;
+  EXPECT_EQ(read.readASCII(arguments, next, -1), 0);
+  for (const Tdata& each : {read, readFile(fileOf(tree)), tree.unshared()})
+  {
+    EXPECT_TRUE(each == tree && each.letterAs<Layer>());
+    EXPECT_EQ(text(each), text(tree));
+  }
+
+  // A chunk with the tag of a group is none, and those in it are not read either, however deep.
+  const std::string group = chunk("FOR4", "LAYR" + chunk("LAYR", chunk("LAYR", "")));
+  const Tdata values = readFile({group.begin(), group.end()});
+  EXPECT_EQ(text(values), "layer 1 TdataUnknown 4c4159524c41595200000000");
+  const unsigned forms = FLsetnameforms(kFLformPath); // which are for others' names
+  std::string bytes = chunk("LAYR", chunk("TIME", std::string(4, 0)));
+  void* at = bytes.data();
+  unsigned long size = bytes.size();
+  EXPECT_EQ(read.readBinary("LAYR", size, at), 0);
+  EXPECT_EQ(text(read), "layer 1 TdataUnknown 4c41595254494d450000000400000000");
+  FLsetnameforms(forms);
+}
+
 TEST(Tdata, ReadsBackWhatItWroteBitForBit)
 {
   std::mt19937_64 random(5);
@@ -363,7 +415,7 @@ TEST(Tdata, RefusesWhatIsNoValueAndKeepsWhatItHas)
   EXPECT_EQ(flerrno, 0);
 
   // Deeper than can be read is not written either.
-  Tdata tower = 1;
+  Tdata tower(new Tdata2Double(1, 2)); // which is no level
   for (unsigned i = 0; i <= TdataCompound::kMostLevels; ++i)
   {
     auto* compound = new TdataCompound;
@@ -458,6 +510,15 @@ TEST(Tdata, LosesNothingWhenMemoryRunsOut)
       TdataReader reader;
       reading.setCallbackObject(&reader);
       EXPECT_TRUE(!reading.isActive() || reading.parse() != 0 || reader.values()[0] == tree);
+    }
+    catch (const TmemoryException&)
+    {
+    }
+    try
+    {
+      Tstring written;
+      tree.appendText(written, 0, true);
+      EXPECT_EQ(written, before);
     }
     catch (const TmemoryException&)
     {

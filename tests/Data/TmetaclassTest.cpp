@@ -8,8 +8,70 @@
 
 #include <list>
 #include <memory>
+#include <sstream>
 
 namespace {
+
+TEST(Tmetaclass, RecordsEveryClassOfTheLibrary)
+{
+  // Size, parents, ":", and the names, each with its tag; "!" stands before classes that cannot be made.
+  const char* const records[] = {
+    "16 : Tdata DBLE TdataNumeric -",
+    "32 : TdataLetter -",
+    "56 TdataLetter : TdataCompound CMPD TdataUnknown UNKN",
+    "56 TdataCompound : double2 DBL2 float2 FLT2 short2 SRT2 long2 LNG2 double3 DBL3 float3 FLT3 short3 SRT3 long3 "
+    "LNG3",
+    "44 TdataLetter : doubleArray DBL# Int32Array I32# vectorArray VEC# reflectanceRGB RRGB spectrumRGB SRGB",
+    "40 TdataLetter : matrix MATR",
+    "8 : !TblindData -",
+    "12 TblindData : TblindBooleanData - TblindInt32Data - TblindPointerData - TblindStringData -",
+    "16 TblindData : TblindDoubleData -",
+    "4 : !Tclient - !TserverMsg - !Texception - !TdictionaryNode - !arglist -",
+    "12 : !TclientServer -",
+    "12 TclientServer : !TmessageCenter -",
+    "16 TclientServer : !TdelayedClientServer -",
+    "20 TclientServer : !Ttrigger -",
+    "20 Ttrigger : !Tcondition -",
+    "24 Tcondition Tclient : !TclientCondition -",
+    "4 TserverMsg : TserverModifiedMsg - TserverDeletedMsg - TtriggerMsg - TconditionChangedMsg -",
+    "4 TconditionChangedMsg : TconditionOnMsg - TconditionOffMsg -",
+    "4 TserverModifiedMsg : TviewRegionModifiedMsg - TmaxViewRegionModifiedMsg -",
+    "4 Texception : !TmemoryException - !TbadDataCast - !TincompatibleData -",
+    "8 Texception : !ThandledException - !TfailedException - !TunimplementedException - !TfileException -",
+    "260 Texception : !TresourceException -",
+    "28 : !filesystem -",
+    "28 filesystem : !Tdirectory -",
+    "28 Tdirectory : !TappDirectory - !TtemporaryDirectory - !TpreferencesDirectory - !TuserBitmapsDirectory -",
+    "28 Tdirectory : !TuserScriptDirectory - !TuserShelfDirectory -",
+    "1256 filesystem : !TfileStream -",
+    "44 : !file -",
+    "72 TdictionaryNode : !Tdictionary -",
+    "16 TdictionaryNode : !TtypeDictionaryNode -",
+    "20 TdictionaryNode : !TnameDictionaryNode -",
+    "72 Tdictionary : !TtypeDictionary - !TnameDictionary -",
+    "16 : !TnameObject -",
+    "20 : !TpreferenceItem -",
+  };
+  for (const char* each : records)
+  {
+    std::istringstream words(each);
+    std::string start, name, tag;
+    for (std::string word; words >> word && word != ":";)
+      start += word + ' ';
+    while (words >> name >> tag)
+    {
+      const bool isAbstract = name[0] == '!';
+      const Tmetaclass* const record = Tmetaclass::findClass(name.c_str() + isAbstract);
+      ASSERT_TRUE(record) << name;
+      std::string found = std::to_string(record->size()) + ' ';
+      for (unsigned i = 0; i < record->superCount(); ++i)
+        found += std::string(record->super(i)->name()) + ' ';
+      EXPECT_EQ(found, start) << name;
+      EXPECT_EQ(record->isAbstract(), isAbstract) << name;
+      EXPECT_EQ(record->tag(), tag == "-" ? TiffTag() : TiffTag(tag.c_str())) << name;
+    }
+  }
+}
 
 // "lamp" and "shape" are roots; "spot" is a lamp; "both" is both; "wide" has all four for parents.
 struct Lattice

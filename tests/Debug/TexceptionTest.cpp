@@ -16,24 +16,22 @@ TEST(Texception, TellsKeepsAndKnowsItsKind)
   {
     Texception* made;
     const char* name;
-    unsigned size;
     std::string said;
   } kinds[] = {
-    {new Texception, "Texception", 4, ""},
-    {new TmemoryException, "TmemoryException", 4, ""},
-    {new TbadDataCast, "TbadDataCast", 4, ""},
-    {new TincompatibleData, "TincompatibleData", 4, ""},
-    {new ThandledException(TfailedException(-7)), "ThandledException", 8, ": TfailedException: status -7"},
-    {new TfailedException(12), "TfailedException", 8, ": status 12"},
-    {new TfileException(EISDIR), "TfileException", 8, ": status " + std::to_string(EISDIR) + " (Is a directory)"},
-    {new TunimplementedException("so"), "TunimplementedException", 8, ": so"},
-    {new TresourceException("%s %d", "lamp", 3), "TresourceException", 260, ": lamp 3"},
+    {new Texception, "Texception", ""},
+    {new TmemoryException, "TmemoryException", ""},
+    {new TbadDataCast, "TbadDataCast", ""},
+    {new TincompatibleData, "TincompatibleData", ""},
+    {new ThandledException(TfailedException(-7)), "ThandledException", ": TfailedException: status -7"},
+    {new TfailedException(12), "TfailedException", ": status 12"},
+    {new TfileException(EISDIR), "TfileException", ": status " + std::to_string(EISDIR) + " (Is a directory)"},
+    {new TunimplementedException("so"), "TunimplementedException", ": so"},
+    {new TresourceException("%s %d", "lamp", 3), "TresourceException", ": lamp 3"},
   };
   for (const auto& kind : kinds)
   {
     const Tmetaclass* record = kind.made->typeof();
     EXPECT_EQ(Tmetaclass::findClass(kind.name), record);
-    EXPECT_EQ(record->size(), kind.size) << kind.name;
     for (const auto& other : kinds)
     {
       const bool related = &other == &kind || &other == kinds;

@@ -1,5 +1,4 @@
 #include "Foundation/File/Tfile.h"
-#include "Foundation/Data/Tmetaclass.h"
 #include "tests/FailingMemory.h"
 #include "tests/Iff/Chunks.h"
 
