@@ -114,20 +114,24 @@ class DictionaryPrinter:
 
 class EntryPrinter:
     """What an entry of a hash table or a node of a dictionary adds to its base; id and value of blind data."""
+    """What an entry of a hash table, a node of a dictionary or a letter adds to its base."""
 
     def __init__(self, value):
         self.value = value
 
-    def children(self, value=None):
-        value = self.value if value is None else value
+    def children(self):
+        yield from self.added(self.value)
+
+    @classmethod
+    def added(cls, value):
         for field in value.type.strip_typedefs().fields():
             if field.is_base_class:
-                yield from self.children(value[field]) if field.name not in entries else ()
+                yield from cls.added(value[field]) if field.name not in entries else ()
             elif hasattr(field, "bitpos") and not field.artificial and not field.name.startswith("_vptr"):
                 yield field.name, value[field]
 
 
-entries = "ThashTableEntry", "TdictionaryNode"
+entries = "ThashTableEntry", "TdictionaryNode", "TdataLetter"
 
 
 def bases(kind):
@@ -150,6 +154,9 @@ def printer(value, kind):
         if name == "Tdictionary":
             return DictionaryPrinter(value)
         if name in entries and kind != base or name == "TblindData":
+        if name == "TdataLetter":
+            return LetterPrinter(value)
+        if name in entries and kind != base:
             return EntryPrinter(value)
     return None
 
@@ -297,6 +304,72 @@ class TstringKeyTablePrinter:
         return "map"
 
 
+# Typed data
+
+
+class TmetaclassPrinter:
+    """double2 "DBL2": name and tag, if there is one"""
+
+    def __init__(self, value):
+        self.value = value
+
+    def to_string(self):
+        tag = self.value["fTag"]
+        return self.value["fName"].string() + (" %s" % tag if tag["fValue"] != 0 else "")
+
+
+class LetterPrinter(EntryPrinter):
+    """double2, 1 holders, 0 writers = {1, 2}: the children or elements where there are such, else what the kind adds"""
+
+    def __init__(self, value):
+        super().__init__(value.address.cast(value.dynamic_type.pointer()).dereference())
+        names = [base.name or "" for base in bases(self.value.type)]
+        self.array = None
+        if "TdataCompound" in names:
+            self.array = self.value["fChildren"]
+        elif any(name.startswith("TdataArrayOf<") for name in names):
+            self.array = self.value["fArray"]
+
+    def kind(self):
+        try:
+            return self.value["fTypeid"]["fName"].string()
+        except gdb.error:  # of a library without symbols
+            return self.value.type.name
+
+    def to_string(self):
+        counts = self.value["fCounts"]
+        return "%s, %d holders, %d writers" % (self.kind(), counts[0], counts[1])
+
+    def children(self):
+        return super().children() if self.array is None else printer(self.array, self.array.type).children()
+
+    def display_hint(self):
+        return None if self.array is None else "array"
+
+
+class TdataPrinter:
+    """1.5, 120 ticks (0.02 s), NULL, or the role and the letter: holder of double2 = {1, 2}"""
+
+    def __init__(self, value):
+        self.value = value
+        self.flags = int(value["fFlags"])
+        has_letter = not self.flags & 3 and value["fLetter"] != 0
+        self.letter = LetterPrinter(value["fLetter"].dereference()) if has_letter else None
+
+    def to_string(self):
+        if self.letter:
+            return "%s of %s" % ("holder" if self.flags & 8 else "writer", self.letter.kind())
+        if self.flags & 1:
+            return str(self.value["fNumber"])
+        return ticks_text(self.value["fTicks"]) if self.flags & 2 else "NULL"
+
+    def children(self):
+        return self.letter.children() if self.letter else iter(())
+
+    def display_hint(self):
+        return self.letter.display_hint() if self.letter else None
+
+
 class Printers(gdb.printing.PrettyPrinter):
     named = {
         "Tstring": TstringPrinter,
@@ -310,6 +383,8 @@ class Printers(gdb.printing.PrettyPrinter):
         "CMapStringToRes": TstringKeyTablePrinter,
         "CMapStringToMap": TstringKeyTablePrinter,
         "Tangle": TanglePrinter,
+        "Tdata": TdataPrinter,
+        "Tmetaclass": TmetaclassPrinter,
         "Tquaternion": GeometryPrinter,
     }
     geometry = {"Tpoint3Of", "Tpoint4Of", "TvectorOf", "TtupleOf", "TmatrixOf", "TplanePointOf"}

@@ -79,6 +79,11 @@ TdataLetter& Tdata::sNoLetter()
   return *letter;
 }
 
+void Tdata::releaseLast() noexcept
+{
+  fLetter->unreference(role());
+}
+
 double Tdata::convertToDoubleValue() const
 {
   return isAnimTime() ? TanimTime(fTicks).valueInThisUnit(kTimeSeconds) : fLetter ? fLetter->doubleValue() : 0;

@@ -294,18 +294,25 @@ public:
     return *this;
   }
 
-  friend Tdata operator+(const Tdata& left, const Tdata& right) { return left.combined(ToperationOnData::kAdd, right); }
+  friend Tdata operator+(const Tdata& left, const Tdata& right)
+  {
+    return left.fFlags & right.fFlags & kNumeric ? Tdata(left.fFlags, left.fNumber + right.fNumber)
+                                                 : left.combined(ToperationOnData::kAdd, right);
+  }
   friend Tdata operator-(const Tdata& left, const Tdata& right)
   {
-    return left.combined(ToperationOnData::kSubtract, right);
+    return left.fFlags & right.fFlags & kNumeric ? Tdata(left.fFlags, left.fNumber - right.fNumber)
+                                                 : left.combined(ToperationOnData::kSubtract, right);
   }
   friend Tdata operator*(const Tdata& left, const Tdata& right)
   {
-    return left.combined(ToperationOnData::kMultiply, right);
+    return left.fFlags & right.fFlags & kNumeric ? Tdata(left.fFlags, left.fNumber * right.fNumber)
+                                                 : left.combined(ToperationOnData::kMultiply, right);
   }
   friend Tdata operator/(const Tdata& left, const Tdata& right)
   {
-    return left.combined(ToperationOnData::kDivide, right);
+    return left.fFlags & right.fFlags & kNumeric ? Tdata(left.fFlags, left.fNumber / right.fNumber)
+                                                 : left.combined(ToperationOnData::kDivide, right);
   }
 
   /// This value with the operation applied; a letter is a new one.
@@ -376,6 +383,13 @@ private:
     kHolder = 8
   };
 
+  // A number, with these flags; that it is one shows the compiler what it may leave out.
+  Tdata(TuInt32 flags, double number) noexcept
+    : fFlags(flags | kNumeric)
+    , fNumber(number)
+  {
+  }
+
   bool isValue() const noexcept { return fFlags & (kNumeric | kAnimTime); }
   TdataRefType role() const noexcept { return holder() ? kDataHolder : kDataWriter; }
 
@@ -389,9 +403,14 @@ private:
   // Leaves a letter in place that may be gone.
   void release() noexcept
   {
-    if (privateDataStar())
-      fLetter->unreference(role());
+    if (!privateDataStar())
+      return;
+    if (holder() && fLetter->holderCount() > 1)
+      fLetter->unreferenceNoDelete(kDataHolder);
+    else
+      releaseLast();
   }
+  void releaseLast() noexcept; // the last holder, or a writer
   void become(Tflags kind) noexcept
   {
     release();

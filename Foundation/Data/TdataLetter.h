@@ -76,7 +76,9 @@ enum class TnumberType
 ///   + - * /        a copy, to which the operator with = is applied
 /// \endcode
 ///
-/// An operator that throws has changed nothing.
+/// An operator that throws has changed nothing. A kind in a plug-in, which goes with it:
+///
+/// \snippet plugin/plugin.cpp letter
 class FOUNDATION_API TdataLetter : public TmultiSharedObject, public MPtrBase
 {
 public:

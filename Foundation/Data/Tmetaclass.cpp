@@ -56,15 +56,15 @@ public:
   void list(Listing* listing) noexcept
   {
     fNames.insert(listing, hashOf(listing->fRecord->fName));
-    if (const TuInt32 tag = listing->fRecord->fTag.value())
-      fTags.insert(&listing->fTag, tag);
+    if (listing->fRecord->fTag.value() != 0)
+      fTags.insert(&listing->fTag, hashOf(listing->fRecord->fTag));
   }
 
   Listing* unlist(Tmetaclass* record) noexcept
   {
     Listing* listing = static_cast<Listing*>(fNames.remove(record, hashOf(record->fName)));
     if (listing && record->fTag.value() != 0)
-      fTags.remove(record, record->fTag.value());
+      fTags.remove(record, hashOf(record->fTag));
     return listing;
   }
 
@@ -77,7 +77,7 @@ public:
   Tmetaclass* findTag(TiffTag tag) const
   {
     if (tag.value() != 0)
-      return fTags.find(tag.value(), [tag](Tmetaclass* record) { return record->fTag == tag; });
+      return fTags.find(hashOf(tag), [](Tmetaclass*) { return true; });
     // Most classes have no tag: the first of them is never far, and they are in no table.
     const auto found =
       std::find_if(fRecords.begin(), fRecords.end(), [](Tmetaclass* record) { return record->fTag.value() == 0; });
@@ -119,6 +119,13 @@ private:
 
   static TuInt32 hashOf(const char* name) { return TuInt32(std::hash<std::string_view>()(name)); }
 
+  // Tags are letters, whose low bits are much alike. Each tag has a hash of its own.
+  static TuInt32 hashOf(TiffTag tag)
+  {
+    const TuInt32 mixed = tag.value() * 0x9E3779B1U;
+    return mixed ^ mixed >> 16;
+  }
+
   TtypeidArray fRecords{64};
   TuInt32 fCount = 0; // of all records that ever were
   Table fNames;
@@ -127,7 +134,7 @@ private:
 
 namespace {
 
-TuInt32 gNoAncestors = 1; // the table of a record without parents: the lower bound is above the upper one
+TuInt32 gNoAncestors; // the table of a record without parents
 
 // All ancestors, each once, however many ways lead to it.
 void addAncestors(const Tmetaclass& record, TtypeidArray& ancestors)
@@ -211,10 +218,13 @@ Tmetaclass& Tmetaclass::operator=(const Tmetaclass& other) noexcept
   if (other.fTable && other.fParentCount > 0)
   {
     // Without memory it is built anew when it is needed.
-    const std::size_t size = getTableSize(other.fTable[0]) * sizeof(TuInt32);
+    const std::size_t size = other.getTableSize() * sizeof(TuInt32);
     fTable = static_cast<TuInt32*>(std::malloc(size));
     if (fTable)
+    {
       std::memcpy(fTable, other.fTable, size);
+      setBounds(other.lower(), other.upper());
+    }
   }
   if (listing)
     TmetaclassRegistry::get().list(listing);
@@ -232,6 +242,7 @@ void Tmetaclass::freeTable() const noexcept
   if (fTable != &gNoAncestors)
     std::free(fTable);
   fTable = nullptr;
+  setNoBounds();
 }
 
 void Tmetaclass::registerClass() noexcept
@@ -271,6 +282,7 @@ bool Tmetaclass::istypeWithoutTable(const Tmetaclass* type) const noexcept
   if (fParentCount == 0)
   {
     fTable = &gNoAncestors;
+    setBounds(0, 0);
     return false;
   }
   try
@@ -297,11 +309,13 @@ void Tmetaclass::buildTable() const
   const auto [lowest, highest] =
     std::minmax_element(ancestors.begin(), ancestors.end(),
                         [](const Tmetaclass* left, const Tmetaclass* right) { return left->fTypeId < right->fTypeId; });
-  const TuInt32 bounds = setBounds((*lowest)->fTypeId, (*highest)->fTypeId);
-  fTable = static_cast<TuInt32*>(std::calloc(getTableSize(bounds), sizeof(TuInt32)));
+  setBounds((*lowest)->fTypeId, (*highest)->fTypeId);
+  fTable = static_cast<TuInt32*>(std::calloc(getTableSize(), sizeof(TuInt32)));
   if (!fTable)
+  {
+    setNoBounds();
     throw TmemoryException();
-  fTable[0] = bounds;
+  }
   fillTable(ancestors);
 }
 
@@ -310,7 +324,7 @@ void Tmetaclass::fillTable(const TtypeidArray& ancestors) const noexcept
   for (const Tmetaclass* ancestor : ancestors)
   {
     const unsigned int bit = unsigned(ancestor->fTypeId) - lower();
-    fTable[1 + bit / 32] |= TuInt32(1) << bit % 32;
+    fTable[bit / 32] |= TuInt32(1) << bit % 32;
   }
 }
 

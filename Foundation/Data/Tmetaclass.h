@@ -158,34 +158,41 @@ private:
 
   bool istype(const Tmetaclass* type) const noexcept
   {
+    const TuInt16 id = type->fTypeId;
+    const unsigned int bit = unsigned(id) - lower();
+    if (bit > fSpan)
+      return false;
     if (!fTable)
       return istypeWithoutTable(type);
-    const TuInt16 id = type->fTypeId;
-    if (id < lower() || id > upper())
-      return false;
-    const unsigned int bit = unsigned(id) - lower();
-    return (fTable[1 + bit / 32] >> bit % 32 & 1) && (id != kLastId || derivesFrom(type));
+    return (fTable[bit / 32] >> bit % 32 & 1) && (id != kLastId || derivesFrom(type));
   }
   bool istypeWithoutTable(const Tmetaclass* type) const noexcept;
   bool derivesFrom(const Tmetaclass* type) const noexcept;
 
   void buildTable() const;
   void freeTable() const noexcept;
-  static unsigned int getTableSize(TuInt32 bounds) noexcept
-  {
-    return ((bounds >> 16) - (bounds & 0xFFFF) + 32) / 32 + 1;
-  }
   void fillTable(const TtypeidArray& ancestors) const noexcept;
 
-  // The bounds of a built table
-  TuInt16 lower() const noexcept { return TuInt16(fTable[0] & 0xFFFF); }
-  TuInt16 upper() const noexcept { return TuInt16(fTable[0] >> 16); }
-  static TuInt32 setBounds(TuInt16 lowest, TuInt16 highest) noexcept { return TuInt32(highest) << 16 | lowest; }
+  // Words of the table.
+  std::size_t getTableSize() const noexcept { return (std::size_t(fSpan) + 32) / 32; }
 
-  mutable TuInt32* fTable = nullptr; // word 0 the bounds of the ancestors' ids, then a bit for each id between them
+  // The lowest and the highest id in the table. Without one all ids are between them, so that a look at these is all
+  // that most questions take whose answer is no.
+  TuInt16 lower() const noexcept { return fLower; }
+  TuInt16 upper() const noexcept { return TuInt16(fLower + fSpan); }
+  void setBounds(TuInt16 lowest, TuInt16 highest) const noexcept
+  {
+    fLower = lowest;
+    fSpan = TuInt16(highest - lowest);
+  }
+  void setNoBounds() const noexcept { setBounds(0, kLastId); }
+
+  mutable TuInt32* fTable = nullptr; // a bit for each id from the lowest to the highest of the ancestors
   Tmetaclass** fParents[4];
   const char* fName;
   TiffTag fTag;
+  mutable TuInt16 fLower = 0;
+  mutable TuInt16 fSpan = kLastId; // to the highest
   Creator fCreator = nullptr;
   TconstructorClass* fCreatorObject = nullptr; // one of the two at most
   TuInt16 fSize;

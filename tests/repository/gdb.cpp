@@ -77,6 +77,15 @@ int main()
   const TblindInt32Data blind(42, 7);
   Tfile file("/dev/null", "w");
   file.put("abc");
+  const Tdata number(1.5), time{TanimTime(120)}, nothing(static_cast<TdataLetter*>(nullptr));
+  Tdata tuple(new Tdata2Double(1, 2.5));
+  tuple.makeWritable();
+  const Tdata turned(new TdataMatrix(moved)), list(new TdataDoubleArray(numbers)), odd(new TdataUnknown("ODD#"));
+  static_cast<TdataUnknown*>(odd.privateDataStar())->bytes().addLast(65);
+  const Tdata tree(new TdataCompound);
+  auto* children = static_cast<TdataCompound*>(tree.privateDataStar());
+  for (const Tdata& child : {number, tuple})
+    children->addData(child);
 
   const bool good = corner.x() == 1 && right.degrees() == 90 && range.contains(0) && unit.ticksPerUnit() == 200 &&
                     end - span != Ttime() && ticks.ticks() == 40;
