@@ -113,8 +113,7 @@ class DictionaryPrinter:
 
 
 class EntryPrinter:
-    """What an entry of a hash table or a node of a dictionary adds to its base; id and value of blind data."""
-    """What an entry of a hash table, a node of a dictionary or a letter adds to its base."""
+    """What an entry of a hash table, a node of a dictionary or a letter adds to its base; id and value of blind data."""
 
     def __init__(self, value):
         self.value = value
@@ -153,10 +152,9 @@ def printer(value, kind):
             return TablePrinter(value, gdb.lookup_type("ThashTableEntry"))
         if name == "Tdictionary":
             return DictionaryPrinter(value)
-        if name in entries and kind != base or name == "TblindData":
         if name == "TdataLetter":
             return LetterPrinter(value)
-        if name in entries and kind != base:
+        if name in entries and kind != base or name == "TblindData":
             return EntryPrinter(value)
     return None
 

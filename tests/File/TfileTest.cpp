@@ -1,4 +1,5 @@
 #include "Foundation/File/Tfile.h"
+#include "Foundation/Data/Tmetaclass.h"
 #include "tests/FailingMemory.h"
 #include "tests/Iff/Chunks.h"
 
