@@ -403,7 +403,7 @@ private:
   // Leaves a letter in place that may be gone.
   void release() noexcept
   {
-    if (!privateDataStar())
+    if (isNumeric() || !privateDataStar())
       return;
     if (holder() && fLetter->holderCount() > 1)
       fLetter->unreferenceNoDelete(kDataHolder);

@@ -90,6 +90,16 @@ int waysToTheKinds()
   return ways;
 }
 
+Tdata framesOf(const char* text)
+{
+  Tdata frames(TmetaLetter::construct("frames"));
+  TstringArgList arguments;
+  arguments.setText(text);
+  unsigned int next = 0;
+  require(frames.readASCII(arguments, next, -1) == 0 && next == 2, "frames cannot be read");
+  return frames;
+}
+
 void usePlugin(const char* file)
 {
   std::unique_ptr<TblindData> time(
@@ -97,15 +107,9 @@ void usePlugin(const char* file)
   time->setId(7);
   std::cout << *time << '\n';
 
-  Tdata frames(TmetaLetter::construct("frames"));
-  TstringArgList arguments;
-  arguments.setText("12 48");
-  unsigned int next = 0;
-  frames.readASCII(arguments, next, -1);
-  Tdata others = frames.unshared();
-  arguments.setText("40 50");
-  next = 0;
-  require(others.readASCII(arguments, next, -1) == 0 && next == 2 && others != frames, "frames cannot be read");
+  Tdata frames = framesOf("12 48");
+  const Tdata others = framesOf("40 50");
+  require(others != frames, "frames are equal that are not");
   frames += others;
   std::cout << frames << '\n';
   require(frames.letter().text() == "12 50", "frames are added up wrongly");
