@@ -22,7 +22,7 @@
 template <class Function>
 decltype(auto) withNumber(TnumberType type, Function&& function)
 {
-  switch (type)
+  switch (type) // NOLINT(bugprone-branch-clone): the types differ
   {
   case TnumberType::kInt16: return function(Tint16());
   case TnumberType::kInt32: return function(Tint32());

@@ -6,6 +6,8 @@
 
 #include "Foundation/Data/TdataLetter.h"
 
+#include <utility>
+
 /// A row of numbers as a letter. Values are compared number by number, the first difference decides, and a row comes
 /// before one that it begins; where the length is fixed there is no order. Arithmetic is done number by number, with
 /// one number for all in products and quotients only. The letters must be of one kind, and for arithmetic of one
@@ -76,8 +78,8 @@ class TdataArrayOf : public TdataNumbers
 {
 public:
   TdataArrayOf() = default;
-  explicit TdataArrayOf(const Array& array)
-    : fArray(array)
+  explicit TdataArrayOf(Array array)
+    : fArray(std::move(array))
   {
   }
 

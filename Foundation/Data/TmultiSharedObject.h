@@ -58,7 +58,11 @@ public:
 protected:
   TsharedObjectOf() noexcept = default;
   TsharedObjectOf(const TsharedObjectOf&) noexcept {}
-  TsharedObjectOf& operator=(const TsharedObjectOf&) noexcept { return *this; }
+  TsharedObjectOf&
+  operator=(const TsharedObjectOf&) noexcept // NOLINT(bugprone-unhandled-self-assignment): copies nothing
+  {
+    return *this;
+  }
 
 private:
   Tint32 fCounts[kKinds] = {};
