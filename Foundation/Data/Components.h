@@ -22,7 +22,8 @@
 template <class Function>
 decltype(auto) withNumber(TnumberType type, Function&& function)
 {
-  switch (type) // NOLINT(bugprone-branch-clone): the types differ
+  // NOLINTNEXTLINE(bugprone-branch-clone): the types differ
+  switch (type)
   {
   case TnumberType::kInt16: return function(Tint16());
   case TnumberType::kInt32: return function(Tint32());

@@ -36,6 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     text.clear();
     number.appendAll(text);
     require(written.setText(text) && written.asDouble(0, read));
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): bits are meant
     require(std::memcmp(&read, number.values().data(), sizeof read) == 0);
     Tint32 whole;
     if (list.asInt32(i, whole))

@@ -41,6 +41,7 @@ TEST(TargList, NumbersReadBackBitForBit)
   for (unsigned i = 0; i < texts.length(); ++i)
   {
     double read = 0;
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): bits are meant
     ASSERT_TRUE(texts.asDouble(i, read) && std::memcmp(&read, &numbers.values()[i], sizeof read) == 0)
       << texts.values()[i];
   }

@@ -77,7 +77,7 @@ Tdata randomTree(std::mt19937_64& random)
 {
   auto* inner = new TdataCompound;
   auto* outer = new TdataCompound;
-  const Tdata tree(outer);
+  Tdata tree(outer);
   for (const Tdata& value : allKinds(random))
     inner->addData(value);
   inner->setGroup("LIS4", "many");

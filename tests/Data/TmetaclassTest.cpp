@@ -19,8 +19,8 @@ TEST(Tmetaclass, RecordsEveryClassOfTheLibrary)
     "16 : Tdata DBLE TdataNumeric -",
     "32 : TdataLetter -",
     "56 TdataLetter : TdataCompound CMPD TdataUnknown UNKN",
-    "56 TdataCompound : double2 DBL2 float2 FLT2 short2 SRT2 long2 LNG2 double3 DBL3 float3 FLT3 short3 SRT3 long3 "
-    "LNG3",
+    "56 TdataCompound : double2 DBL2 float2 FLT2 short2 SRT2 long2 LNG2",
+    "56 TdataCompound : double3 DBL3 float3 FLT3 short3 SRT3 long3 LNG3",
     "44 TdataLetter : doubleArray DBL# Int32Array I32# vectorArray VEC# reflectanceRGB RRGB spectrumRGB SRGB",
     "40 TdataLetter : matrix MATR",
     "8 : !TblindData -",
