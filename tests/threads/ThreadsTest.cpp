@@ -29,7 +29,9 @@ struct Work
       numbers.addLast(i);
       blocks.push_back(arena->allocate(unsigned(i % 100) + 1));
       TheapArena::deallocate(fixed->allocate());
-      sum += text.hash() + names.length() + numbers.length();
+      Tdata tuple(new Tdata2Double(i, 1)), other = tuple;
+      tuple *= 2;
+      sum += text.hash() + names.length() + numbers.length() + (tuple.letterAs<TdataCompound>() && other == tuple);
     }
     for (void* block : blocks)
       TheapArena::deallocate(block);
@@ -59,6 +61,9 @@ TEST(Threads, workAtOnceWithObjectsOfTheirOwn)
     arenas.push_back(new TfixedArena(24, 100, pages, "test"));
     works.push_back({Tstring("given"), TthreadArena::open(i, "test"), arenas.back()});
   }
+  Tdata asked(new Tdata2Double(1, 2)); // so that the records know their kin
+  asked *= 2;
+  EXPECT_TRUE(asked.letterAs<TdataCompound>());
   {
     std::thread first(&Work::run, &works[0]), second(&Work::run, &works[1]);
     first.join();
