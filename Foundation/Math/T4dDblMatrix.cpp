@@ -114,49 +114,37 @@ TmatrixOf<Real>& TmatrixOf<Real>::invertIt() noexcept
   return *this;
 }
 
-template <class Real>
-TmatrixOf<Real>& TmatrixOf<Real>::fastInvertIt() noexcept
+template <>
+TmatrixOf<float>& TmatrixOf<float>::fastInvertInLanes() noexcept
 {
   // In lane k the numbers that column k of the adjugate is made of: by columns of this matrix, with the sign that the
   // cofactors take, and those of the rows that the minors are of.
-  using Part = typename Row<Real>::Part;
-  Row<Real> own[4], first[4], second[4];
-  if constexpr (Row<Real>::kParts == 1)
+  using Part = Row<float>::Part;
+  Row<float> own[4], first[4], second[4];
+  Part rows[4];
+  std::memcpy(rows, fRows, sizeof rows);
+  const Part xy01 = __builtin_shufflevector(rows[0], rows[1], 0, 4, 1, 5),
+             zw01 = __builtin_shufflevector(rows[0], rows[1], 2, 6, 3, 7),
+             xy23 = __builtin_shufflevector(rows[2], rows[3], 0, 4, 1, 5),
+             zw23 = __builtin_shufflevector(rows[2], rows[3], 2, 6, 3, 7);
+  const Part columns[4] = {
+    __builtin_shufflevector(xy01, xy23, 0, 1, 4, 5), __builtin_shufflevector(xy01, xy23, 2, 3, 6, 7),
+    __builtin_shufflevector(zw01, zw23, 0, 1, 4, 5), __builtin_shufflevector(zw01, zw23, 2, 3, 6, 7)};
+  for (int j = 0; j < 4; ++j)
   {
-    Part rows[4];
-    std::memcpy(rows, fRows, sizeof rows);
-    const Part xy01 = __builtin_shufflevector(rows[0], rows[1], 0, 4, 1, 5),
-               zw01 = __builtin_shufflevector(rows[0], rows[1], 2, 6, 3, 7),
-               xy23 = __builtin_shufflevector(rows[2], rows[3], 0, 4, 1, 5),
-               zw23 = __builtin_shufflevector(rows[2], rows[3], 2, 6, 3, 7);
-    const Part columns[4] = {
-      __builtin_shufflevector(xy01, xy23, 0, 1, 4, 5), __builtin_shufflevector(xy01, xy23, 2, 3, 6, 7),
-      __builtin_shufflevector(zw01, zw23, 0, 1, 4, 5), __builtin_shufflevector(zw01, zw23, 2, 3, 6, 7)};
-    for (int j = 0; j < 4; ++j)
-    {
-      own[j].parts[0] = __builtin_shufflevector(columns[j], columns[j], 1, 0, 3, 2) * Part{1, -1, 1, -1};
-      first[j].parts[0] = __builtin_shufflevector(columns[j], columns[j], 2, 2, 0, 0);
-      second[j].parts[0] = __builtin_shufflevector(columns[j], columns[j], 3, 3, 1, 1);
-    }
+    own[j].parts[0] = __builtin_shufflevector(columns[j], columns[j], 1, 0, 3, 2) * Part{1, -1, 1, -1};
+    first[j].parts[0] = __builtin_shufflevector(columns[j], columns[j], 2, 2, 0, 0);
+    second[j].parts[0] = __builtin_shufflevector(columns[j], columns[j], 3, 3, 1, 1);
   }
-  else
-  {
-    for (int j = 0; j < 4; ++j)
-    {
-      own[j] = {{Part{fRows[1][j], -fRows[0][j]}, Part{fRows[3][j], -fRows[2][j]}}};
-      first[j] = {{Part{fRows[2][j], fRows[2][j]}, Part{fRows[0][j], fRows[0][j]}}};
-      second[j] = {{Part{fRows[3][j], fRows[3][j]}, Part{fRows[1][j], fRows[1][j]}}};
-    }
-  }
-  const Tminors<Row<Real>> d = minorsOf(first, second);
-  const auto lane = [&d](int i) { return Tminors<Real>{d.m01[i], d.m02[i], d.m03[i], d.m12[i], d.m13[i], d.m23[i]}; };
-  const Real determinant = determinantOf(lane(2), lane(0));
+  const Tminors<Row<float>> d = minorsOf(first, second);
+  const auto lane = [&d](int i) { return Tminors<float>{d.m01[i], d.m02[i], d.m03[i], d.m12[i], d.m13[i], d.m23[i]}; };
+  const float determinant = determinantOf(lane(2), lane(0));
   if (determinant <= Traits::kNoFastInverse)
     return invertIt();
-  std::array<Row<Real>, 4> rows = cofactors(own, d);
-  for (Row<Real>& row : rows)
+  std::array<Row<float>, 4> inverse = cofactors(own, d);
+  for (Row<float>& row : inverse)
     row = row * (1 / determinant);
-  std::memcpy(fRows, rows.data(), sizeof fRows);
+  std::memcpy(fRows, inverse.data(), sizeof fRows);
   return *this;
 }
 
@@ -179,8 +167,6 @@ void TmatrixOf<Real>::debugMe(const TmatrixOf& m, unsigned int detail)
 
 template FOUNDATION_API TmatrixOf<double>& TmatrixOf<double>::invertIt() noexcept;
 template FOUNDATION_API TmatrixOf<float>& TmatrixOf<float>::invertIt() noexcept;
-template FOUNDATION_API TmatrixOf<double>& TmatrixOf<double>::fastInvertIt() noexcept;
-template FOUNDATION_API TmatrixOf<float>& TmatrixOf<float>::fastInvertIt() noexcept;
 template FOUNDATION_API void TmatrixOf<double>::debug(TdebugOutput&, unsigned int) const;
 template FOUNDATION_API void TmatrixOf<float>::debug(TdebugOutput&, unsigned int) const;
 template FOUNDATION_API void TmatrixOf<double>::debugMe(const TmatrixOf<double>&, unsigned int);

@@ -170,19 +170,20 @@ public:
 
   /// The adjugate divided by the determinant, if that is above 1e-5 (float: above 0), and else invertIt(): matrices
   /// that mirror take that way too.
-  FOUNDATION_API TmatrixOf& fastInvertIt() noexcept;
+  TmatrixOf& fastInvertIt() noexcept
+  {
+    if constexpr (std::is_same_v<Real, float>)
+      return fastInvertInLanes();
+    const Tminors<Real> upper = minorsOf(fRows[0], fRows[1]), lower = minorsOf(fRows[2], fRows[3]);
+    const Real determinant = determinantOf(upper, lower);
+    return determinant <= Traits::kNoFastInverse ? invertIt() : setToAdjugate(upper, lower, 1 / determinant);
+  }
   TmatrixOf fastInverse() const noexcept { return TmatrixOf(*this).fastInvertIt(); }
 
   /// The adjugate: the cofactors, transposed.
   constexpr TmatrixOf& adjointIt() noexcept
   {
-    const Tminors<Real> upper = minorsOf(fRows[0], fRows[1]), lower = minorsOf(fRows[2], fRows[3]);
-    const Real minus0[4] = {-fRows[0][0], -fRows[0][1], -fRows[0][2], -fRows[0][3]};
-    const Real minus2[4] = {-fRows[2][0], -fRows[2][1], -fRows[2][2], -fRows[2][3]};
-    const std::array<Real, 4> a = cofactors(fRows[1], lower), b = cofactors(minus0, lower),
-                              c = cofactors(fRows[3], upper), d = cofactors(minus2, upper);
-    return *this =
-             TmatrixOf(a[0], b[0], c[0], d[0], a[1], b[1], c[1], d[1], a[2], b[2], c[2], d[2], a[3], b[3], c[3], d[3]);
+    return setToAdjugate(minorsOf(fRows[0], fRows[1]), minorsOf(fRows[2], fRows[3]), 1);
   }
   constexpr TmatrixOf adjoint() const noexcept { return TmatrixOf(*this).adjointIt(); }
 
@@ -324,6 +325,25 @@ private:
             x[0] * d.m13 - x[1] * d.m03 + x[3] * d.m01, x[1] * d.m02 - x[0] * d.m12 - x[2] * d.m01};
   }
 
+  constexpr TmatrixOf& setToAdjugate(const Tminors<Real>& upper, const Tminors<Real>& lower, Real factor) noexcept
+  {
+    const Real minus0[4] = {-fRows[0][0], -fRows[0][1], -fRows[0][2], -fRows[0][3]};
+    const Real minus2[4] = {-fRows[2][0], -fRows[2][1], -fRows[2][2], -fRows[2][3]};
+    const std::array<Real, 4> a = cofactors(fRows[1], lower), b = cofactors(minus0, lower),
+                              c = cofactors(fRows[3], upper), d = cofactors(minus2, upper);
+    for (unsigned int i = 0; i < 4; ++i)
+    {
+      fRows[i][0] = a[i] * factor;
+      fRows[i][1] = b[i] * factor;
+      fRows[i][2] = c[i] * factor;
+      fRows[i][3] = d[i] * factor;
+    }
+    return *this;
+  }
+
+  // fastInvertIt() of a float matrix, four numbers at a time. Of doubles two would fit, which gains nothing.
+  FOUNDATION_API TmatrixOf& fastInvertInLanes() noexcept;
+
   constexpr TvectorOf<Real> upper(int row) const noexcept { return {fRows[row][0], fRows[row][1], fRows[row][2]}; }
   constexpr void setUpper(int row, const TvectorOf<Real>& v) noexcept
   {
@@ -350,8 +370,8 @@ inline constexpr TmatrixOf<Real> TmatrixOf<Real>::identity{};
 
 extern template TmatrixOf<double>& TmatrixOf<double>::invertIt() noexcept;
 extern template TmatrixOf<float>& TmatrixOf<float>::invertIt() noexcept;
-extern template TmatrixOf<double>& TmatrixOf<double>::fastInvertIt() noexcept;
-extern template TmatrixOf<float>& TmatrixOf<float>::fastInvertIt() noexcept;
+template <>
+FOUNDATION_API TmatrixOf<float>& TmatrixOf<float>::fastInvertInLanes() noexcept;
 extern template void TmatrixOf<double>::debug(TdebugOutput&, unsigned int) const;
 extern template void TmatrixOf<float>::debug(TdebugOutput&, unsigned int) const;
 extern template void TmatrixOf<double>::debugMe(const TmatrixOf<double>&, unsigned int);
