@@ -8,19 +8,23 @@
 
 namespace {
 
-// A new compound of the kind whose tag is the type of a group; NULL when it is that of no such kind.
-Tdata compoundFor(TiffTag type)
+// A new letter of the kind whose tag it is, if that is one of compounds; else NULL.
+Tdata compoundFor(TiffTag tag)
 {
-  Tmetaclass* const kind = TmetaLetter::findTypeid(type);
+  Tmetaclass* const kind = TmetaLetter::findTypeid(tag);
   Tdata value(static_cast<TdataLetter*>(nullptr));
   if (!kind || !kind->isa(TdataCompound::fTypeid))
     return value;
   value = TdataLetter::construct(kind);
   if (value.isNULL())
     throw TmemoryException();
-  if (value.letterAs<TdataCompound>()->hasFixedLength())
-    value.reset();
   return value;
+}
+
+bool isGroup(const Tdata& value)
+{
+  const auto* compound = value.letterAs<TdataCompound>();
+  return compound && !compound->hasFixedLength();
 }
 
 } // namespace
@@ -35,7 +39,7 @@ int TdataReader::iffVFormMethod1(TiffFile&, TiffTag group, TiffTag type)
   if (fOpen.length() == TdataCompound::kMostLevels)
     return kFLbadBlock;
   Tdata value = compoundFor(type);
-  if (value.isNULL())
+  if (!isGroup(value))
     value = makeNew<TdataCompound>();
   auto* compound = static_cast<TdataCompound*>(value.privateDataStar());
   if (!compound->setGroup(group, type))
@@ -57,10 +61,14 @@ int TdataReader::iffVLeafMethod1(TiffFile& file, TiffTag id, Tint32 size)
   if (!data)
     return file.error();
   auto left = static_cast<unsigned long>(size);
-  Tdata value;
-  if (!compoundFor(id).isNULL()) // the chunk is no group, and chunks in chunks could go on as deep as the file likes
+  Tdata value = compoundFor(id);
+  if (isGroup(value)) // but the chunk is none, and chunks in chunks could go on as deep as the file likes
     value = makeNew<TdataUnknown>(id);
-  value.readBinary(id, left, data);
+  if (value.readBinary(id, left, data) != 0) // a tuple, of another size
+  {
+    value = makeNew<TdataUnknown>(id);
+    value.readBinary(id, left, data);
+  }
   add(value);
   return 0;
 }

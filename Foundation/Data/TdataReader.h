@@ -21,8 +21,9 @@ class TdataCompound;
 ///     std::cout << reader.values()[0];
 /// \endcode
 ///
-/// Stops the parse with kFLbadBlock at more than TdataCompound::kMostLevels groups in each other, and with kFLbadId at
-/// a type that cannot be written. Throws TmemoryException through parse().
+/// Stops the parse with kFLbadBlock at more than TdataCompound::kMostLevels groups in each other, with kFLbadId at a
+/// type that cannot be written, and with the code of TiffFile::readChunk() at a chunk that it cannot read whole: one
+/// that was streamed through a pipe without a size, for one. Throws TmemoryException through parse().
 class FOUNDATION_API TdataReader : public TiffParserCallback
 {
 public:
