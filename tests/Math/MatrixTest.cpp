@@ -79,6 +79,7 @@ TYPED_TEST(Matrices, computeWhatLongDoubleDoes)
     ASSERT_EQ(rows3[0], TvectorOf<Real>(a[0][0], a[0][1], a[0][2]).normal());
     ASSERT_TRUE((rows3[0] ^ rows3[1]).equivalent(rows3[2], Real(bound)));
     ASSERT_NEAR(rows3[0].dot(rows3[1]), 0, bound);
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): bits are meant
     ASSERT_EQ(std::memcmp(rotation[3], a[3], sizeof(Real[4])), 0);
     ASSERT_EQ(rotation[1][3], a[1][3]);
   }

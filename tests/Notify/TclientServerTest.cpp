@@ -140,7 +140,7 @@ private:
 
   std::vector<Key> heardBy(TclientServer* server, Tmetaclass* type) const
   {
-    return fOff.count(server) ? std::vector<Key>() : registered(server, type);
+    return fOff.contains(server) ? std::vector<Key>() : registered(server, type);
   }
 
   // Whom the innermost pass calls next; it is then no longer due.
@@ -220,13 +220,13 @@ private:
       std::construct_at((std::destroy_at(&fClients[index]), &fClients[index]));
       break;
     case 2:
-      EXPECT_EQ(server->setClientNotify(on), !fOff.count(server));
+      EXPECT_EQ(server->setClientNotify(on), !fOff.contains(server));
       on ? void(fOff.erase(server)) : void(fOff.insert(server));
       break;
     case 12:
     case 13: run({server, nullptr, heardBy(server, type)}, [&] { server->notifyClients(*message); }); break;
     case 14:
-      due.assign(isOn({server, type, client}) && !fOff.count(server), {server, type, client});
+      due.assign(isOn({server, type, client}) && !fOff.contains(server), {server, type, client});
       run({server, nullptr, due}, [&] { server->notifyClient(client, *message); });
       break;
     case 15:

@@ -33,8 +33,10 @@ struct Parts : TdictionaryOf<Node>
   void insert(Node node) { insertNode(node); }
 };
 
+// NOLINTNEXTLINE(bugprone-exception-escape): gdb looks on, and nobody else
 int main()
 {
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): for the count of shares
   const Tstring empty, blank(5), text("left \"arm\"\n"), sharing = text;
   const TcharString borrowed("borrowed");
   const TiffTagArray tags{TiffTag::kCAT, TiffTag::kFORx};
@@ -54,6 +56,7 @@ int main()
   for (const int part : {3, 1, 2})
     parts.insert(Node(part));
 
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): for the count of holders
   const Tname nameless, arm("arm9"), copy = arm;
   const TnameString key("b10");
   TnameDictionary names;

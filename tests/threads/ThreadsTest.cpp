@@ -65,7 +65,7 @@ TEST(Threads, workAtOnceWithObjectsOfTheirOwn)
   asked *= 2;
   EXPECT_TRUE(asked.letterAs<TdataCompound>());
   {
-    std::thread first(&Work::run, &works[0]), second(&Work::run, &works[1]);
+    std::thread first(&Work::run, works.data()), second(&Work::run, works.data() + 1);
     first.join();
     second.join();
   }
