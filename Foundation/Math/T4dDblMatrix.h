@@ -111,14 +111,24 @@ public:
     const auto at = [&a, &b](int i, int j) {
       return a.fRows[i][0] * b.fRows[0][j] + a.fRows[i][1] * b.fRows[1][j] + a.fRows[i][2] * b.fRows[2][j];
     };
-    TmatrixOf product;
-    for (int i = 0; i < 3; ++i)
-    {
-      for (int j = 0; j < 3; ++j)
-        product.fRows[i][j] = at(i, j);
-      product.fRows[3][i] = at(3, i) + b.fRows[3][i];
-    }
-    return *this = product;
+    const Real(&moved)[4] = b.fRows[3];
+    const Real z[4] = {at(0, 2), at(1, 2), at(2, 2), at(3, 2) + moved[2]};
+    if (__builtin_is_constant_evaluated())
+      return *this = TmatrixOf(at(0, 0), at(0, 1), z[0], 0, at(1, 0), at(1, 1), z[1], 0, at(2, 0), at(2, 1), z[2], 0,
+                               at(3, 0) + moved[0], at(3, 1) + moved[1], z[3], 1);
+    // The same with x and y in a register, which compilers do not find where rows are of three.
+    using Pair [[gnu::vector_size(16), gnu::aligned(4), gnu::may_alias]] = double;
+    const auto* const from = reinterpret_cast<const Pair*>(b.array());
+    auto* const to = reinterpret_cast<Pair*>(array());
+    const Real *const a0 = a[0], *const a1 = a[1], *const a2 = a[2], *const a3 = a[3];
+    const Pair b0 = from[0], b1 = from[2], b2 = from[4], b3 = from[6];
+    const Pair xy0 = a0[0] * b0 + a0[1] * b1 + a0[2] * b2, xy1 = a1[0] * b0 + a1[1] * b1 + a1[2] * b2,
+               xy2 = a2[0] * b0 + a2[1] * b1 + a2[2] * b2, xy3 = a3[0] * b0 + a3[1] * b1 + a3[2] * b2 + b3;
+    to[0] = xy0, to[1] = Pair{z[0], 0};
+    to[2] = xy1, to[3] = Pair{z[1], 0};
+    to[4] = xy2, to[5] = Pair{z[2], 0};
+    to[6] = xy3, to[7] = Pair{z[3], 1};
+    return *this;
   }
   template <class R = Real, class = TdoubleOnly<R>>
   constexpr TmatrixOf& affinePostmultBy(const TmatrixOf& m) noexcept

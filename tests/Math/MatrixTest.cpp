@@ -15,7 +15,7 @@ class Matrices : public testing::Test
 TYPED_TEST_SUITE(Matrices, Precisions);
 
 template <class Real>
-TmatrixOf<Real> diagonal(Real x, Real y, Real z, Real w)
+constexpr TmatrixOf<Real> diagonal(Real x, Real y, Real z, Real w)
 {
   return {x, 0, 0, 0, 0, y, 0, 0, 0, 0, z, 0, 0, 0, 0, w};
 }
@@ -142,6 +142,8 @@ TYPED_TEST(Matrices, invertWhatIsDegenerate)
 
 TEST(Matrix, hasMembersOfOnePrecision)
 {
+  constexpr T4dDblMatrix kTwice = diagonal<double>(2, 2, 2, 1);
+  static_assert(T4dDblMatrix(kTwice).affinePostmultBy(kTwice) == kTwice * kTwice);
   Random random;
   for (int i = 0; i < 100; ++i)
   {
