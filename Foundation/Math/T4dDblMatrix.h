@@ -99,8 +99,8 @@ public:
   constexpr TmatrixOf& operator*=(const TmatrixOf& m) noexcept { return setToProduct(*this, m); }
   constexpr TmatrixOf operator*(const TmatrixOf& m) const noexcept { return {*this, m}; }
 
-  /// A vector stands to the left. Here it, or its column product, would become a translation; TvectorOf::premultBy()
-  /// gives that product.
+  /// A vector stands to the left: no vector becomes a matrix in a product. TvectorOf::premultBy() gives the column
+  /// product.
   TmatrixOf& operator*=(const TvectorOf<Real>& v) = delete;
   TvectorOf<Real> operator*(const TvectorOf<Real>& v) const = delete;
 

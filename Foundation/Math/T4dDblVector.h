@@ -96,8 +96,9 @@ public:
     return translation;
   }
 
-  /// Takes over the translation of \p m.
-  constexpr TvectorOf& operator=(const TmatrixOf<Real>& m) noexcept
+  /// Takes over the translation of \p m. A template, so that {} is the zero vector and no matrix.
+  template <class R, class = std::enable_if_t<std::is_same_v<R, Real>>>
+  constexpr TvectorOf& operator=(const TmatrixOf<R>& m) noexcept
   {
     return *this = TvectorOf(m[3][0], m[3][1], m[3][2]);
   }
@@ -301,6 +302,10 @@ public:
   constexpr TvectorOf& postmultBy(const TmatrixOf<Real>& m) noexcept { return setToProduct(*this, m); }
   constexpr TvectorOf& operator*=(const TmatrixOf<Real>& m) noexcept { return setToProduct(*this, m); }
   constexpr TvectorOf operator*(const TmatrixOf<Real>& m) const noexcept { return TvectorOf().setToProduct(*this, m); }
+
+  /// No vector becomes a matrix in a product.
+  TvectorOf& operator*=(const TvectorOf& v) = delete;
+  TtupleOf<Real> operator*(const TtupleOf<Real>& t) const = delete;
 
   friend std::ostream& operator<<(std::ostream& out, const TvectorOf& v)
   {
