@@ -152,7 +152,7 @@ public:
   double length() const noexcept { return std::sqrt(dot(*this)); }
 
   /// The largest magnitude, in single precision, and parts of the others: between 0.92 and 1.09 times the length,
-  /// for culling and sorting. Magnitudes that a float does not hold give infinity.
+  /// for culling and sorting. What is too large or too small for a float counts as infinity or 0.
   template <class R = Real, class = TdoubleOnly<R>>
   constexpr double approxLength() const noexcept
   {
@@ -182,7 +182,8 @@ public:
   constexpr Real maxComponent() const noexcept { return fComponents[dominantAxis()]; }
 
   /// Makes the length 1. A vector whose squared length is at most 1e-20 (float: 1e-10), or within 2e-10 of 1, stays as
-  /// it is, so that normalising again and again changes nothing.
+  /// it is, so that normalising again and again changes nothing. One whose squared length overflows, from 1.3e154
+  /// (float: 1.8e19) on, becomes 0.
   TvectorOf& normalizeIt() noexcept
   {
     const Real squared = norm();
