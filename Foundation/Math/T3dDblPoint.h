@@ -133,6 +133,10 @@ public:
   constexpr Tpoint3Of& operator*=(const TmatrixOf<Real>& m) noexcept { return setToProduct(*this, m); }
   constexpr Tpoint3Of operator*(const TmatrixOf<Real>& m) const noexcept { return Tpoint3Of().setToProduct(*this, m); }
 
+  /// No vector becomes a matrix in a product. To move, add it.
+  Tpoint3Of& operator*=(const TvectorOf<Real>& v) = delete;
+  Tpoint3Of operator*(const TvectorOf<Real>& v) const = delete;
+
   friend std::ostream& operator<<(std::ostream& out, const Tpoint3Of& p)
   {
     return Tcomponents::write(out, p.fComponents, 3);

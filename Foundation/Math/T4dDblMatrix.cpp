@@ -139,7 +139,7 @@ TmatrixOf<float>& TmatrixOf<float>::fastInvertInLanes() noexcept
   const Tminors<Row<float>> d = minorsOf(first, second);
   const auto lane = [&d](int i) { return Tminors<float>{d.m01[i], d.m02[i], d.m03[i], d.m12[i], d.m13[i], d.m23[i]}; };
   const float determinant = determinantOf(lane(2), lane(0));
-  if (determinant <= Traits::kNoFastInverse)
+  if (!(determinant > Traits::kNoFastInverse))
     return invertIt();
   std::array<Row<float>, 4> inverse = cofactors(own, d);
   for (Row<float>& row : inverse)

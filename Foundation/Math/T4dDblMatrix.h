@@ -99,8 +99,8 @@ public:
   constexpr TmatrixOf& operator*=(const TmatrixOf& m) noexcept { return setToProduct(*this, m); }
   constexpr TmatrixOf operator*(const TmatrixOf& m) const noexcept { return {*this, m}; }
 
-  /// A vector stands to the left. Here it, or its column product, would become a translation; TvectorOf::premultBy()
-  /// gives that product.
+  /// A vector stands to the left: no vector becomes a matrix in a product. TvectorOf::premultBy() gives the column
+  /// product.
   TmatrixOf& operator*=(const TvectorOf<Real>& v) = delete;
   TvectorOf<Real> operator*(const TvectorOf<Real>& v) const = delete;
 
@@ -179,14 +179,14 @@ public:
   TmatrixOf inverse() const noexcept { return TmatrixOf(*this).invertIt(); }
 
   /// The adjugate divided by the determinant, if that is above 1e-5 (float: above 0), and else invertIt(): matrices
-  /// that mirror take that way too.
+  /// that mirror take that way too, and those whose products overflow so that the determinant is no number.
   TmatrixOf& fastInvertIt() noexcept
   {
     if constexpr (std::is_same_v<Real, float>)
       return fastInvertInLanes();
     const Tminors<Real> upper = minorsOf(fRows[0], fRows[1]), lower = minorsOf(fRows[2], fRows[3]);
     const Real determinant = determinantOf(upper, lower);
-    return determinant <= Traits::kNoFastInverse ? invertIt() : setToAdjugate(upper, lower, 1 / determinant);
+    return determinant > Traits::kNoFastInverse ? setToAdjugate(upper, lower, 1 / determinant) : invertIt();
   }
   TmatrixOf fastInverse() const noexcept { return TmatrixOf(*this).fastInvertIt(); }
 

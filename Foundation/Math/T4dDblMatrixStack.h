@@ -6,7 +6,7 @@
 #include "Foundation/Container/Tstack.h"
 #include "Foundation/Math/T4dDblMatrix.h"
 
-/// Holds copies, and grows by 4 matrices at first.
+/// Holds copies, and grows by 4 matrices at first. Its members are those of TtypedStack.
 ///
 /// \code
 ///   T4dDblMatrixStack stack;
@@ -16,18 +16,6 @@
 ///   stack.pop(current);
 /// \endcode
 template <class Real>
-class TmatrixStackOf : public Tstack
+class TmatrixStackOf : public TtypedStack<TmatrixOf<Real>>
 {
-public:
-  TmatrixStackOf()
-    : Tstack(unsigned(sizeof(TmatrixOf<Real>)))
-  {
-  }
-
-  /// Returns 0; without memory it throws TmemoryException and leaves the stack. \p m may be a matrix in the stack.
-  long push(const TmatrixOf<Real>& m) { return insertElement(&m, fLength, 1); }
-
-  /// Removes the top into \p out, or copies it there. False, and \p out unchanged, if the stack is empty.
-  bool pop(TmatrixOf<Real>& out) { return popElement(&out); }
-  bool getTop(TmatrixOf<Real>& out) const { return getTopElement(&out); }
 };

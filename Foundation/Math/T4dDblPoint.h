@@ -154,6 +154,10 @@ public:
   constexpr Tpoint4Of& operator*=(const TmatrixOf<Real>& m) noexcept { return setToProduct(*this, m); }
   constexpr Tpoint4Of operator*(const TmatrixOf<Real>& m) const noexcept { return Tpoint4Of().setToProduct(*this, m); }
 
+  /// No vector becomes a matrix in a product. To move, add it.
+  Tpoint4Of& operator*=(const TvectorOf<Real>& v) = delete;
+  Tpoint4Of operator*(const TvectorOf<Real>& v) const = delete;
+
   friend std::ostream& operator<<(std::ostream& out, const Tpoint4Of& p)
   {
     return Tcomponents::write(out, p.fComponents, 4);

@@ -96,8 +96,9 @@ public:
     return translation;
   }
 
-  /// Takes over the translation of \p m.
-  constexpr TvectorOf& operator=(const TmatrixOf<Real>& m) noexcept
+  /// Takes over the translation of \p m. A template, so that {} is the zero vector and no matrix.
+  template <class R, class = std::enable_if_t<std::is_same_v<R, Real>>>
+  constexpr TvectorOf& operator=(const TmatrixOf<R>& m) noexcept
   {
     return *this = TvectorOf(m[3][0], m[3][1], m[3][2]);
   }
@@ -151,7 +152,7 @@ public:
   double length() const noexcept { return std::sqrt(dot(*this)); }
 
   /// The largest magnitude, in single precision, and parts of the others: between 0.92 and 1.09 times the length,
-  /// for culling and sorting. Magnitudes that a float does not hold give infinity.
+  /// for culling and sorting. What is too large or too small for a float counts as infinity or 0.
   template <class R = Real, class = TdoubleOnly<R>>
   constexpr double approxLength() const noexcept
   {
@@ -181,7 +182,8 @@ public:
   constexpr Real maxComponent() const noexcept { return fComponents[dominantAxis()]; }
 
   /// Makes the length 1. A vector whose squared length is at most 1e-20 (float: 1e-10), or within 2e-10 of 1, stays as
-  /// it is, so that normalising again and again changes nothing.
+  /// it is, so that normalising again and again changes nothing. One whose squared length overflows, from 1.3e154
+  /// (float: 1.8e19) on, becomes 0.
   TvectorOf& normalizeIt() noexcept
   {
     const Real squared = norm();
@@ -301,6 +303,10 @@ public:
   constexpr TvectorOf& postmultBy(const TmatrixOf<Real>& m) noexcept { return setToProduct(*this, m); }
   constexpr TvectorOf& operator*=(const TmatrixOf<Real>& m) noexcept { return setToProduct(*this, m); }
   constexpr TvectorOf operator*(const TmatrixOf<Real>& m) const noexcept { return TvectorOf().setToProduct(*this, m); }
+
+  /// No vector becomes a matrix in a product.
+  TvectorOf& operator*=(const TvectorOf& v) = delete;
+  TtupleOf<Real> operator*(const TtupleOf<Real>& t) const = delete;
 
   friend std::ostream& operator<<(std::ostream& out, const TvectorOf& v)
   {

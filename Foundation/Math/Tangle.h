@@ -40,7 +40,7 @@ public:
     fRadians = unit == kRadians ? value : value / sHalfTurn(unit) * kPi;
   }
 
-  /// The angle in a unit. Multiples of 30 degrees that came in as degrees go out as the same number.
+  /// The angle in a unit. Multiples of 30 degrees up to 900 that came in as degrees go out as the same number.
   constexpr double in(Unit unit) const noexcept
   {
     return unit == kRadians ? fRadians : fRadians / kPi * sHalfTurn(unit);

@@ -118,6 +118,10 @@ public:
     return TtupleOf().setToProduct(m, t);
   }
 
+  /// No vector becomes a matrix in a product.
+  TtupleOf& operator*=(const TvectorOf<Real>& v) = delete;
+  TtupleOf operator*(const TvectorOf<Real>& v) const = delete;
+
   friend std::ostream& operator<<(std::ostream& out, const TtupleOf& t)
   {
     return Tcomponents::write(out, t.fComponents, 4);

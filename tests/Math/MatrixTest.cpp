@@ -90,6 +90,7 @@ TYPED_TEST(Matrices, invertWhatIsDegenerate)
   using Real = TypeParam;
   using Matrix = TmatrixOf<Real>;
   const Real edge = Real(sizeof(Real) == 8 ? 1e-15 : 1e-5), behind = std::nextafter(edge, Real(1));
+  const Real big = std::ldexp(Real(1), sizeof(Real) == 8 ? 600 : 70); // its square is too large
   const Matrix zero = Matrix() * 0, swap(0, 2, 0, 0, 5, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1);
   const std::pair<Matrix, Matrix> cases[] = {
     {diagonal<Real>(2, 4, 8, 1), diagonal<Real>(0.5, 0.25, 0.125, 1)},
@@ -99,6 +100,8 @@ TYPED_TEST(Matrices, invertWhatIsDegenerate)
     {swap, {0, Real(0.2), 0, 0, 0.5, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}},
     {diagonal<Real>(1, edge, -edge, 1), Matrix()}, // skipped
     {diagonal<Real>(1, behind, 1, -behind), diagonal<Real>(1, 1 / behind, 1, -1 / behind)},
+    {{-big, 0, 0, 0, 0, big, 0, 0, 0, 0, big, 0, big, big, big, 1},
+     {-1 / big, 0, 0, 0, 0, 1 / big, 0, 0, 0, 0, 1 / big, 0, 1, -1, -1, 1}},
     // The last of three equal rows has nothing left to divide by.
     {{1, 0, 0, 0, 0, 2, 4, 0, 0, 2, 4, 0, 0, 0, 0, 1}, {1, 0, 0, 0, 0, 2.5, -2, 0, 0, -1, 1, 0, 0, 0, 0, 1}},
   };

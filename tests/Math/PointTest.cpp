@@ -43,6 +43,7 @@ TYPED_TEST(Points, makeOneAnother)
   EXPECT_EQ(p / 4, Tuple(1, 1.5, 2, 0.25));
   EXPECT_EQ(2 * q, Tuple(4, 8, 12, 4));
   EXPECT_EQ(Vector(q), Vector(2, 4, 6));
+  EXPECT_EQ(Vector(v) = {}, Vector());
 
   EXPECT_FALSE(v.equivalent(Vector(1, 2, 5), 2)); // exactly at the tolerance: only points and tuples are
   EXPECT_TRUE(p.equivalent(Point3(4, 6, 10), 2));
@@ -146,6 +147,9 @@ concept Takes = requires(M m, V v)
 };
 static_assert(!Takes<T4dDblMatrix, T4dDblVector> && !Takes<T4dFltMatrix, T4dFltVector>);
 static_assert(!Takes<T4dFltMatrix, T4dDblVector> && Takes<T4dDblMatrix, T4dDblMatrix>);
+static_assert(!Takes<T4dDblVector, T4dDblVector> && !Takes<T4dDblVector, Ttuple> && !Takes<Ttuple, T4dDblVector>);
+static_assert(!Takes<T3dFltPoint, T4dFltVector> && !Takes<T4dDblPoint, T4dDblVector>);
+static_assert(std::is_assignable_v<T4dFltVector&, T4dFltMatrix> && !std::is_assignable_v<T4dFltVector&, T4dDblMatrix>);
 static_assert(std::is_convertible_v<T4dFltPoint, T4dDblPoint> && !std::is_convertible_v<T4dDblPoint, T4dFltPoint>);
 
 } // namespace

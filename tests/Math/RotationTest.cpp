@@ -37,7 +37,7 @@ TEST(Angle, isTheSameInEveryUnit)
   {
     EXPECT_DOUBLE_EQ(Tangle(turn / 8, unit).degrees(), 45) << unit;
   }
-  for (int degrees = -720; degrees <= 720; degrees += 30)
+  for (int degrees = -900; degrees <= 900; degrees += 30)
   {
     EXPECT_EQ(Tangle(degrees, Tangle::kDegrees).degrees(), degrees);
     EXPECT_NEAR(Tangle(degrees, Tangle::kDegrees).normal().degrees(), std::remainder(degrees, 360), 1e-12);
