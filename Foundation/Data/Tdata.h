@@ -187,6 +187,7 @@ public:
 
   // Assignment
 
+  /// The value of \p other; of a letter, as a holder. Where the handle has the same letter already, its role stays.
   Tdata& operator=(const Tdata& other) noexcept
   {
     if (isValue() && other.isValue())
@@ -198,8 +199,12 @@ public:
       assign(other);
     return *this;
   }
+
+  /// The same, but the role of another letter's handle comes along, and \p other is NULL then.
   Tdata& operator=(Tdata&& other) noexcept
   {
+    if (!isValue() && !other.isValue() && fLetter == other.fLetter)
+      return *this = other;
     Tdata moved(std::move(other));
     swap(moved);
     return *this;
