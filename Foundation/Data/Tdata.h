@@ -226,6 +226,13 @@ public:
   /// Holds \p letter, or nothing if the handle has it already; NULL for null.
   Tdata& operator=(TdataLetter* letter) noexcept;
 
+  /// NULL. Not what `= {}` means, which is ambiguous: say this, or Tdata() for 0.0.
+  Tdata& operator=(std::nullptr_t) noexcept
+  {
+    reset();
+    return *this;
+  }
+
   /// Holds a copy. Throws TmemoryException.
   Tdata& operator=(const TdataLetter& letter) { return *this = letter.copy(); }
 
