@@ -359,8 +359,9 @@ public:
   /// (below 0: all) are taken. On failure the handle and \p next are as they were.
   long readASCII(TargList& arguments, unsigned int& next, long count);
 
-  /// Takes the value from a chunk: \p size bytes at \p data, which become what is left. The id decides its kind: an
-  /// unknown one gives a TdataUnknown.
+  /// Takes the value from a chunk: \p size bytes at \p data, which become what is left. A present letter with that id
+  /// takes or refuses it. Otherwise the id decides its kind: an unknown one gives a TdataUnknown, and so does one whose
+  /// kind refuses the bytes.
   long readBinary(TiffTag tag, unsigned long& size, void*& data);
 
   /// Writes the value, behind the name of its kind if \p named and a letter.
