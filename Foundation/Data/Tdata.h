@@ -374,7 +374,7 @@ public:
   void appendText(Tstring& text, long perLine, bool named) const;
 
   /// A new handle, the caller's: 0.0 for the records "Tdata" and "TdataNumeric", on a new letter for that of a letter
-  /// kind (NULL when there can be none). Null for others, and when there is no memory.
+  /// kind (NULL when the kind has no creator). Null for others, and when there is no memory.
   static Tdata* construct(Tmetaclass* type);
 
   /// Handles come from a list of those that were freed, last freed first. Their memory is not given back.
