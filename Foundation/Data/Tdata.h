@@ -36,8 +36,8 @@
 /// \endcode
 ///
 /// A handle on a letter is one of its holders, or its writer. What changes a letter through a handle (compound
-/// assignment, reading) first makes the handle its writer: of a copy, if the letter has a writer already. Copies of
-/// handles are holders. What throws leaves the handles as they were.
+/// assignment, reading) makes the handle its writer: of a copy, if the letter has a writer already. Copies of handles
+/// are holders. What throws leaves the handles as they were.
 ///
 /// Conversions to whole numbers truncate toward zero and stop at the ends of the range; NaN becomes 0.
 class FOUNDATION_API Tdata
@@ -53,7 +53,9 @@ public:
     , fNumber(0)
   {
   }
-  template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
+
+  /// A number of any type, or what converts to one: the value of an enumeration, an element of a std::vector<bool>.
+  template <class Number, std::enable_if_t<std::is_convertible_v<Number, double>, int> = 0>
   constexpr Tdata(Number number) noexcept
     : fFlags(kNumeric)
     , fNumber(double(number))
@@ -209,7 +211,7 @@ public:
     swap(moved);
     return *this;
   }
-  template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
+  template <class Number, std::enable_if_t<std::is_convertible_v<Number, double>, int> = 0>
   Tdata& operator=(Number number) noexcept
   {
     become(kNumeric);

@@ -186,6 +186,7 @@ TEST(Tdata, ConvertsNumbersByTruncationWithinTheRange)
   EXPECT_EQ(Tdata(1.5).timeValue().ticks(), 9000);
   EXPECT_EQ(Tdata(static_cast<unsigned char>(200)).doubleValue(), 200);
   EXPECT_EQ(Tdata(4000000000U).doubleValue(), 4e9);
+  EXPECT_TRUE(Tdata(kTimeSeconds).isNumeric() && Tdata(std::vector<bool>{true}[0]) == 1); // no ticks
 }
 
 TEST(Tdata, ComparesAndComputesWhereItMeansSomething)
