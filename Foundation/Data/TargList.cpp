@@ -1,6 +1,6 @@
 #include "Foundation/Data/TargList.h"
 
-#include "Foundation/Data/NumberText.h"
+#include "Foundation/Data/Components.h"
 #include "Foundation/Data/Typed.h"
 
 #include <algorithm>
@@ -48,19 +48,19 @@ bool TargList::asTime(unsigned int index, TanimTime& value) const noexcept
   return true;
 }
 
-void TargList::append(Tstring& text, unsigned int index, unsigned long) const noexcept
+void TargList::append(Tstring& text, unsigned int index, unsigned long) const
 {
   Tstring value;
   asString(index, value);
-  text += value;
+  appendPiece(text, value);
 }
 
-void TargList::appendAll(Tstring& text, unsigned long flags) const noexcept
+void TargList::appendAll(Tstring& text, unsigned long flags) const
 {
   for (unsigned int i = 0; i < length(); ++i)
   {
     if (i != 0)
-      text.appendSpace();
+      appendPiece(text, " ");
     append(text, i, flags);
   }
 }
@@ -82,12 +82,13 @@ bool TdoubleArgList::asDouble(unsigned int index, double& value) const noexcept
   return true;
 }
 
-bool TdoubleArgList::asString(unsigned int index, Tstring& value) const noexcept
+bool TdoubleArgList::asString(unsigned int index, Tstring& value) const
 {
   if (index >= length())
     return false;
-  Tdigits digits;
-  value = Tstring(textOf(fValues[index], digits));
+  Tstring text;
+  appendNumber(text, fValues[index]);
+  value = text;
   return true;
 }
 
@@ -109,12 +110,14 @@ bool TtimeArgList::asTime(unsigned int index, TanimTime& value) const noexcept
   return true;
 }
 
-bool TtimeArgList::asString(unsigned int index, Tstring& value) const noexcept
+bool TtimeArgList::asString(unsigned int index, Tstring& value) const
 {
   if (index >= length())
     return false;
-  value.setInt32(fValues[index].ticks());
-  value += kTicks;
+  Tstring text;
+  appendNumber(text, fValues[index].ticks());
+  appendPiece(text, {&kTicks, 1});
+  value = text;
   return true;
 }
 
@@ -169,7 +172,7 @@ bool TstringArgList::asTime(unsigned int index, TanimTime& value) const noexcept
   return true;
 }
 
-bool TstringArgList::asString(unsigned int index, Tstring& value) const noexcept
+bool TstringArgList::asString(unsigned int index, Tstring& value) const
 {
   if (index >= length())
     return false;
@@ -177,18 +180,20 @@ bool TstringArgList::asString(unsigned int index, Tstring& value) const noexcept
   return true;
 }
 
-void TstringArgList::append(Tstring& text, unsigned int index, unsigned long flags) const noexcept
+void TstringArgList::append(Tstring& text, unsigned int index, unsigned long flags) const
 {
   Tstring value = fValues[index];
   const bool plain = !value.empty() && value[0] != '"' &&
                      std::none_of(value.begin(), value.end(), [](unsigned char c) { return c <= ' '; });
   if (plain && !(flags & kQuoteAll))
   {
-    text += value;
+    appendPiece(text, value);
     return;
   }
   value.encodeEscapeSequences(0);
-  text += '"';
-  text += value;
-  text += '"';
+  if (value.empty() && !fValues[index].empty())
+    throw TmemoryException();
+  appendPiece(text, "\"");
+  appendPiece(text, value);
+  appendPiece(text, "\"");
 }

@@ -21,7 +21,7 @@ class Tmetaclass;
 /// A list of arguments.
 ///
 /// Arguments count from 0. What asks for one returns false, and leaves its result untouched, beyond the last one and
-/// where the argument has no such value.
+/// where the argument has no such value. As a string it may throw TmemoryException.
 ///
 /// | as      | from a number               | from a time       | from a text                          |
 /// |---------|-----------------------------|-------------------|--------------------------------------|
@@ -58,12 +58,11 @@ public:
   virtual bool asDouble(unsigned int index, double& value) const noexcept = 0;
   virtual bool asInt32(unsigned int index, Tint32& value) const noexcept;
   virtual bool asTime(unsigned int index, TanimTime& value) const noexcept;
-  virtual bool asString(unsigned int index, Tstring& value) const noexcept = 0;
+  virtual bool asString(unsigned int index, Tstring& value) const = 0;
 
   /// Appends all arguments with a blank between each two, as TstringArgList::setText() reads them. Texts get quotes
-  /// where they need them, or, with kQuoteAll, everywhere. As always with strings, \p text is cut short when memory
-  /// runs out.
-  virtual void appendAll(Tstring& text, unsigned long flags = 0) const noexcept;
+  /// where they need them, or, with kQuoteAll, everywhere. Throws TmemoryException, \p text is empty or cut short then.
+  virtual void appendAll(Tstring& text, unsigned long flags = 0) const;
 
   static void* construct(Tmetaclass* type);
   static Tmetaclass* fTypeid;
@@ -75,7 +74,7 @@ protected:
 
 private:
   virtual int code() const noexcept = 0;
-  virtual void append(Tstring& text, unsigned int index, unsigned long flags) const noexcept;
+  virtual void append(Tstring& text, unsigned int index, unsigned long flags) const;
 };
 
 /// What appendAll() appends.
@@ -96,7 +95,7 @@ public:
 
   unsigned int length() const noexcept override { return fValues.length(); }
   bool asDouble(unsigned int index, double& value) const noexcept override;
-  bool asString(unsigned int index, Tstring& value) const noexcept override;
+  bool asString(unsigned int index, Tstring& value) const override;
 
 private:
   int code() const noexcept override { return kNumber; }
@@ -118,7 +117,7 @@ public:
   unsigned int length() const noexcept override { return fValues.length(); }
   bool asDouble(unsigned int index, double& value) const noexcept override;
   bool asTime(unsigned int index, TanimTime& value) const noexcept override;
-  bool asString(unsigned int index, Tstring& value) const noexcept override;
+  bool asString(unsigned int index, Tstring& value) const override;
 
 private:
   int code() const noexcept override { return kTime; }
@@ -153,11 +152,11 @@ public:
   bool asDouble(unsigned int index, double& value) const noexcept override;
   bool asInt32(unsigned int index, Tint32& value) const noexcept override;
   bool asTime(unsigned int index, TanimTime& value) const noexcept override;
-  bool asString(unsigned int index, Tstring& value) const noexcept override;
+  bool asString(unsigned int index, Tstring& value) const override;
 
 private:
   int code() const noexcept override { return kText; }
-  void append(Tstring& text, unsigned int index, unsigned long flags) const noexcept override;
+  void append(Tstring& text, unsigned int index, unsigned long flags) const override;
 
   TstringArray fValues;
 };

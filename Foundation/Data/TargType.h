@@ -7,6 +7,8 @@
 #include "Foundation/Container/TtypedArray.h"
 #include "Foundation/Platform/Types.h"
 
+#include <cstddef>
+#include <functional>
 #include <ostream>
 
 /// The type of an argument: none (code 0), a single value, or an array of values.
@@ -96,6 +98,15 @@ inline std::ostream& operator<<(std::ostream& out, const TargType& type)
     out << type.maxCount();
   return out << ']';
 }
+
+template <>
+struct std::hash<TargType>
+{
+  std::size_t operator()(const TargType& type) const noexcept
+  {
+    return hash<int>()(type.isArray() ? ~type.type() : type.type());
+  }
+};
 
 template <>
 inline constexpr bool kMovesBitwise<TargType> = true;

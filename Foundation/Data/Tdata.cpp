@@ -29,7 +29,10 @@ Tdata* Tdata::construct(Tmetaclass* type)
     if (type == fTypeid || type == fNumericTypeid)
       return new Tdata;
     if (type && type->isa(TdataLetter::fTypeid))
-      return new Tdata(TdataLetter::construct(type));
+    {
+      Tdata data(TdataLetter::construct(type));
+      return data.isNULL() && !type->isAbstract() ? nullptr : new Tdata(std::move(data));
+    }
   }
   catch (const std::exception&) // there is no memory
   {

@@ -36,8 +36,8 @@
 /// \endcode
 ///
 /// A handle on a letter is one of its holders, or its writer. What changes a letter through a handle (compound
-/// assignment, reading) first makes the handle its writer: of a copy, if the letter has a writer already. Copies of
-/// handles are holders. What throws leaves the handles as they were.
+/// assignment, reading) makes the handle its writer: of a copy, if the letter has a writer already. Copies of handles
+/// are holders. What throws leaves the handles as they were.
 ///
 /// Conversions to whole numbers truncate toward zero and stop at the ends of the range; NaN becomes 0.
 class FOUNDATION_API Tdata
@@ -53,7 +53,9 @@ public:
     , fNumber(0)
   {
   }
-  template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
+
+  /// A number of any type, or what converts to one: the value of an enumeration, an element of a std::vector<bool>.
+  template <class Number, std::enable_if_t<std::is_convertible_v<Number, double>, int> = 0>
   constexpr Tdata(Number number) noexcept
     : fFlags(kNumeric)
     , fNumber(double(number))
@@ -187,6 +189,7 @@ public:
 
   // Assignment
 
+  /// The value of \p other; of a letter, as a holder. Where the handle has the same letter already, its role stays.
   Tdata& operator=(const Tdata& other) noexcept
   {
     if (isValue() && other.isValue())
@@ -198,13 +201,17 @@ public:
       assign(other);
     return *this;
   }
+
+  /// The same, but the role of another letter's handle comes along, and \p other is NULL then.
   Tdata& operator=(Tdata&& other) noexcept
   {
+    if (!isValue() && !other.isValue() && fLetter == other.fLetter)
+      return *this = other;
     Tdata moved(std::move(other));
     swap(moved);
     return *this;
   }
-  template <class Number, std::enable_if_t<std::is_arithmetic_v<Number>, int> = 0>
+  template <class Number, std::enable_if_t<std::is_convertible_v<Number, double>, int> = 0>
   Tdata& operator=(Number number) noexcept
   {
     become(kNumeric);
@@ -220,6 +227,13 @@ public:
 
   /// Holds \p letter, or nothing if the handle has it already; NULL for null.
   Tdata& operator=(TdataLetter* letter) noexcept;
+
+  /// NULL. Not what `= {}` means, which is ambiguous: say this, or Tdata() for 0.0.
+  Tdata& operator=(std::nullptr_t) noexcept
+  {
+    reset();
+    return *this;
+  }
 
   /// Holds a copy. Throws TmemoryException.
   Tdata& operator=(const TdataLetter& letter) { return *this = letter.copy(); }
@@ -347,8 +361,9 @@ public:
   /// (below 0: all) are taken. On failure the handle and \p next are as they were.
   long readASCII(TargList& arguments, unsigned int& next, long count);
 
-  /// Takes the value from a chunk: \p size bytes at \p data, which become what is left. The id decides its kind: an
-  /// unknown one gives a TdataUnknown.
+  /// Takes the value from a chunk: \p size bytes at \p data, which become what is left. A present letter with that id
+  /// takes or refuses it. Otherwise the id decides its kind: an unknown one gives a TdataUnknown, and so does one whose
+  /// kind refuses the bytes.
   long readBinary(TiffTag tag, unsigned long& size, void*& data);
 
   /// Writes the value, behind the name of its kind if \p named and a letter.
@@ -361,7 +376,7 @@ public:
   void appendText(Tstring& text, long perLine, bool named) const;
 
   /// A new handle, the caller's: 0.0 for the records "Tdata" and "TdataNumeric", on a new letter for that of a letter
-  /// kind (NULL when there can be none). Null for others, and when there is no memory.
+  /// kind (NULL when the kind has no creator). Null for others, and when there is no memory.
   static Tdata* construct(Tmetaclass* type);
 
   /// Handles come from a list of those that were freed, last freed first. Their memory is not given back.

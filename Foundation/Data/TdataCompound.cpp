@@ -265,10 +265,18 @@ bool isDeeperThan(const TdataCompound& compound, unsigned int levels)
 
 long TdataCompound::writeBinary(TiffFile& file)
 {
-  if (isDeeperThan(*this, kMostLevels))
-    return flerrno = kFLbadBlock;
+  return isDeeperThan(*this, kMostLevels) ? flerrno = kFLbadBlock : writeGroup(file);
+}
+
+// Of which is known that it is not too deep, and so of all in it: none of its kind is asked again.
+long TdataCompound::writeGroup(TiffFile& file)
+{
   long status = file.beginWriteGroup(fGroupId, groupType());
   for (unsigned int i = 0; i < length() && status == 0; ++i)
-    status = fChildren[i].writeBinary(file);
+  {
+    TdataLetter* const letter = fChildren[i].privateDataStar();
+    status = letter && letter->typeof() == fTypeid ? static_cast<TdataCompound*>(letter)->writeGroup(file)
+                                                   : fChildren[i].writeBinary(file);
+  }
   return status == 0 ? file.endWriteGroup() : status;
 }

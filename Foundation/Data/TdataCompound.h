@@ -97,6 +97,7 @@ protected:
 private:
   template <class Operation>
   bool replaceChildren(Operation operation);
+  long writeGroup(TiffFile& file);
 
   TiffTag fGroupId = TiffTag::kFOR4;
   std::optional<TiffTag> fGroupType; // without one, the tag of the kind

@@ -21,6 +21,15 @@ Letters*& letters() noexcept
   return letters;
 }
 
+// Throws TmemoryException where the string would be empty instead.
+Tstring stringOf(const char* name)
+{
+  Tstring string(name);
+  if (string.empty() && *name)
+    throw TmemoryException();
+  return string;
+}
+
 TdataLetter* constructLetter(Tmetaclass* type)
 {
   return TdataLetter::construct(type ? type : TdataUnknown::fTypeid);
@@ -33,7 +42,9 @@ TmetaLetter::TmetaLetter(Tmetaclass* type)
 {
   if (!letters())
     letters() = makeNew<Letters>();
-  fOwnsName = letters()->fByName.insertUnique(name(), type);
+  const Tstring key = stringOf(name());
+  if (!key.empty() && letters()->fByName.insertUnique(key, type))
+    fEntered = key;
   try
   {
     fOwnsTag = letters()->fByTag.insertUnique(iffTag(), type);
@@ -52,8 +63,8 @@ TmetaLetter::~TmetaLetter()
 
 void TmetaLetter::removeEntries() noexcept
 {
-  if (fOwnsName)
-    letters()->fByName.remove(name());
+  if (!fEntered.empty())
+    letters()->fByName.remove(fEntered);
   if (fOwnsTag)
     letters()->fByTag.remove(iffTag());
 }
@@ -77,7 +88,7 @@ Tmetaclass* TmetaLetter::findTypeid(const char* name)
 {
   Tmetaclass* type = nullptr;
   if (name && *name && letters())
-    letters()->fByName.find(name, type);
+    letters()->fByName.find(stringOf(name), type);
   return type;
 }
 
@@ -96,5 +107,12 @@ TdataLetter* TmetaLetter::construct(const TiffTag& tag)
 
 TdataLetter* TmetaLetter::construct(const char* name)
 {
-  return constructLetter(findTypeid(name));
+  try
+  {
+    return constructLetter(findTypeid(name));
+  }
+  catch (const TmemoryException&)
+  {
+    return nullptr;
+  }
 }

@@ -7,6 +7,7 @@
 
 #include "Foundation/Iff/TiffTag.h"
 #include "Foundation/Platform/Export.h"
+#include "Foundation/String/Tstring.h"
 
 class TdataLetter;
 class Tmetaclass;
@@ -37,7 +38,7 @@ public:
   /// A new letter of the kind, the caller's; null when there is no memory.
   TdataLetter* createDataLetter() const;
 
-  /// The record of the kind with that name or tag; null without one.
+  /// The record of the kind with that name or tag; null without one. By name it may throw TmemoryException.
   static Tmetaclass* findTypeid(const char* name);
   static Tmetaclass* findTypeid(const TiffTag& tag);
 
@@ -49,6 +50,6 @@ private:
   void removeEntries() noexcept;
 
   Tmetaclass* fType;
-  bool fOwnsName = false; // whether this entered it, not somebody before
-  bool fOwnsTag = false;
+  Tstring fEntered;      // the name, unless somebody entered it before
+  bool fOwnsTag = false; // whether this entered it, not somebody before
 };

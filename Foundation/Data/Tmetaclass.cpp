@@ -29,14 +29,14 @@ public:
     Entry fTag;
   };
 
-  // Made at the first use and never destroyed: modules come and go around it.
-  static TmetaclassRegistry& get()
-  {
-    static TmetaclassRegistry* registry = new TmetaclassRegistry;
-    return *registry;
-  }
+  // Made by the first record that there is memory for, and never destroyed: modules come and go around it.
+  static TmetaclassRegistry* sRegistry;
 
-  const TtypeidArray& records() const noexcept { return fRecords; }
+  static const TtypeidArray& records() noexcept
+  {
+    static const TtypeidArray none;
+    return sRegistry ? sRegistry->fRecords : none;
+  }
 
   void add(Tmetaclass* record)
   {
@@ -69,19 +69,25 @@ public:
   }
 
   template <class Condition>
-  Tmetaclass* findName(const char* name, Condition condition) const
+  static Tmetaclass* findName(const char* name, Condition condition)
   {
-    return fNames.find(hashOf(name), [=](Tmetaclass* record) { return record->isexactlya(name) && condition(record); });
+    if (!sRegistry || !name)
+      return nullptr;
+    return sRegistry->fNames.find(hashOf(name),
+                                  [=](Tmetaclass* record) { return record->isexactlya(name) && condition(record); });
   }
 
-  Tmetaclass* findTag(TiffTag tag) const
+  static Tmetaclass* findTag(TiffTag tag)
   {
+    if (!sRegistry)
+      return nullptr;
     if (tag.value() != 0)
-      return fTags.find(hashOf(tag), [](Tmetaclass*) { return true; });
+      return sRegistry->fTags.find(hashOf(tag), [](Tmetaclass*) { return true; });
     // Most classes have no tag: the first of them is never far, and they are in no table.
+    const TtypeidArray& all = sRegistry->fRecords;
     const auto found =
-      std::find_if(fRecords.begin(), fRecords.end(), [](Tmetaclass* record) { return record->fTag.value() == 0; });
-    return found != fRecords.end() ? *found : nullptr;
+      std::find_if(all.begin(), all.end(), [](Tmetaclass* record) { return record->fTag.value() == 0; });
+    return found != all.end() ? *found : nullptr;
   }
 
 private:
@@ -132,6 +138,8 @@ private:
   Table fTags;
 };
 
+TmetaclassRegistry* TmetaclassRegistry::sRegistry = nullptr;
+
 namespace {
 
 TuInt32 gNoAncestors; // the table of a record without parents
@@ -155,7 +163,7 @@ void addAncestors(const Tmetaclass& record, TtypeidArray& ancestors)
 template <class Call>
 void forChildren(const Tmetaclass* parent, Call call)
 {
-  const TtypeidArray& records = TmetaclassRegistry::get().records();
+  const TtypeidArray& records = TmetaclassRegistry::records();
   for (unsigned int at = 0; at < records.length(); ++at)
   {
     for (unsigned int i = 0; i < records[at]->superCount(); ++i)
@@ -205,7 +213,8 @@ Tmetaclass& Tmetaclass::operator=(const Tmetaclass& other) noexcept
 {
   if (this == &other)
     return *this;
-  TmetaclassRegistry::Listing* listing = TmetaclassRegistry::get().unlist(this);
+  TmetaclassRegistry* const registry = TmetaclassRegistry::sRegistry;
+  TmetaclassRegistry::Listing* listing = registry ? registry->unlist(this) : nullptr;
   freeTable();
   std::copy(other.fParents, other.fParents + 4, fParents);
   fName = other.fName;
@@ -227,13 +236,14 @@ Tmetaclass& Tmetaclass::operator=(const Tmetaclass& other) noexcept
     }
   }
   if (listing)
-    TmetaclassRegistry::get().list(listing);
+    registry->list(listing);
   return *this;
 }
 
 Tmetaclass::~Tmetaclass()
 {
-  TmetaclassRegistry::get().remove(this);
+  if (TmetaclassRegistry::sRegistry)
+    TmetaclassRegistry::sRegistry->remove(this);
   freeTable();
 }
 
@@ -257,9 +267,11 @@ void Tmetaclass::registerClass() noexcept
   ++nextId;
   try
   {
-    TmetaclassRegistry::get().add(this);
+    if (!TmetaclassRegistry::sRegistry)
+      TmetaclassRegistry::sRegistry = new TmetaclassRegistry;
+    TmetaclassRegistry::sRegistry->add(this);
   }
-  catch (const TmemoryException&)
+  catch (const std::exception&) // there is no memory; who says so first depends on the order of initialisation
   {
   }
 }
@@ -365,18 +377,17 @@ void* Tmetaclass::construct(Tmetaclass* requested) const
 
 Tmetaclass* Tmetaclass::findClass(const char* name) noexcept
 {
-  return name ? TmetaclassRegistry::get().findName(name, [](const Tmetaclass*) { return true; }) : nullptr;
+  return TmetaclassRegistry::findName(name, [](const Tmetaclass*) { return true; });
 }
 
 Tmetaclass* Tmetaclass::findClass(const char* name, const Tmetaclass* base) noexcept
 {
-  return name ? TmetaclassRegistry::get().findName(name, [base](const Tmetaclass* record) { return record->isa(base); })
-              : nullptr;
+  return TmetaclassRegistry::findName(name, [base](const Tmetaclass* record) { return record->isa(base); });
 }
 
 Tmetaclass* Tmetaclass::findClass(TiffTag tag) noexcept
 {
-  return TmetaclassRegistry::get().findTag(tag);
+  return TmetaclassRegistry::findTag(tag);
 }
 
 void Tmetaclass::getDerivedClasses(Tmetaclass* base, TtypeidArray& out)
@@ -392,7 +403,7 @@ TtypeDictionary* Tmetaclass::generateDictionaryFor(Tmetaclass* base)
   std::unique_ptr<TtypeDictionary> dictionary(new TtypeDictionary);
   if (base)
   {
-    for (Tmetaclass* record : TmetaclassRegistry::get().records())
+    for (Tmetaclass* record : TmetaclassRegistry::records())
     {
       if (record->isa(base))
         dictionary->insert(record->fName, record);
@@ -403,7 +414,7 @@ TtypeDictionary* Tmetaclass::generateDictionaryFor(Tmetaclass* base)
 
 void Tmetaclass::dumpAllClasses()
 {
-  for (Tmetaclass* record : TmetaclassRegistry::get().records())
+  for (Tmetaclass* record : TmetaclassRegistry::records())
   {
     if (record->fParentCount == 0)
       dumpAllClassesDerivedFrom(record, 0);

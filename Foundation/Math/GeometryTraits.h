@@ -83,6 +83,16 @@ struct Tcomponents
     return x * x + y * y + z * z;
   }
 
+  /// For std::hash. Numbers that are equal hash alike, +0 and -0 too.
+  template <class Number>
+  static std::size_t hash(const Number* components, std::size_t count) noexcept
+  {
+    std::size_t hash = count;
+    for (std::size_t i = 0; i < count; ++i)
+      hash = (hash ^ std::hash<Number>()(components[i])) * std::size_t(0x9E3779B97F4A7C15) + (hash >> 15);
+    return hash;
+  }
+
   /// "<1, 2, 3>", with the numbers as the stream is set.
   template <class Real>
   static std::ostream& write(std::ostream& out, const Real* components, std::size_t count)
@@ -93,16 +103,13 @@ struct Tcomponents
   }
 };
 
-/// The std::hash of a class of which array() shows \p kCount components. Values that are equal hash alike, +0 and -0
-/// too.
+/// The std::hash of a class of which array() shows \p kCount components.
 template <class Value, class Real, std::size_t kCount>
 struct TcomponentHash
 {
   std::size_t operator()(const Value& value) const noexcept
   {
-    std::size_t hash = kCount;
-    for (std::size_t i = 0; i < kCount; ++i)
-      hash = (hash ^ std::hash<Real>()(value.array()[i])) * std::size_t(0x9E3779B97F4A7C15) + (hash >> 15);
-    return hash;
+    const Real* components = value.array();
+    return Tcomponents::hash(components, kCount);
   }
 };

@@ -72,6 +72,16 @@ inline std::ostream& operator<<(std::ostream& out, const TdoubleRange& range)
   return range.isEmpty() ? out << "[]" : out << '[' << range.minimum() << ' ' << range.maximum() << ']';
 }
 
+template <>
+struct std::hash<TdoubleRange>
+{
+  std::size_t operator()(const TdoubleRange& range) const noexcept
+  {
+    const double ends[] = {range.minimum(), range.maximum()};
+    return range.isEmpty() ? 0 : Tcomponents::hash(ends, 2);
+  }
+};
+
 /// How many times longer something becomes along each axis. At first it stays as it is.
 class Tscale
 {

@@ -5,6 +5,7 @@
 
 #include "Foundation/Container/Arrays.h"
 #include "Foundation/Container/TtypedArray.h"
+#include "Foundation/Math/GeometryTraits.h"
 
 #include <algorithm>
 #include <ostream>
@@ -75,6 +76,16 @@ inline std::ostream& operator<<(std::ostream& out, const Trect& rect)
   return out << '[' << rect.left() << ' ' << rect.top() << ' ' << rect.right() << ' ' << rect.bottom() << ']';
 }
 
+template <>
+struct std::hash<Trect>
+{
+  std::size_t operator()(const Trect& rect) const noexcept
+  {
+    const short sides[] = {rect.left(), rect.top(), rect.right(), rect.bottom()};
+    return Tcomponents::hash(sides, 4);
+  }
+};
+
 /// A line from one pixel to another.
 class Tline
 {
@@ -117,6 +128,16 @@ inline std::ostream& operator<<(std::ostream& out, const Tline& line)
 {
   return out << '[' << line.fromX() << ' ' << line.fromY() << " - " << line.toX() << ' ' << line.toY() << ']';
 }
+
+template <>
+struct std::hash<Tline>
+{
+  std::size_t operator()(const Tline& line) const noexcept
+  {
+    const short ends[] = {line.fromX(), line.fromY(), line.toX(), line.toY()};
+    return Tcomponents::hash(ends, 4);
+  }
+};
 
 // clang-format off
 class TarrayTrect : public TtypedArray<Trect> { public: using TtypedArray::TtypedArray; };

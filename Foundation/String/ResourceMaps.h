@@ -31,6 +31,21 @@ private:
   TresId fId;
 };
 
+/// "MODULE:ID".
+inline std::ostream& operator<<(std::ostream& out, const CMappedRes& resource)
+{
+  return out << resource.module() << ':' << resource.id();
+}
+
+template <>
+struct std::hash<CMappedRes>
+{
+  std::size_t operator()(const CMappedRes& resource) const noexcept
+  {
+    return hash<Tstring>()(resource.module()) * 31 + hash<TresId>()(resource.id());
+  }
+};
+
 /// Resources by name: insertReplace() gives a name its resource, find() has it.
 class CMapStringToRes : public TstringKeyTable<CMappedRes>
 {

@@ -5,6 +5,8 @@
 
 #include "Foundation/String/Tstring.h"
 
+#include <ostream>
+
 /// Equal when the texts are, whatever the counts.
 class TstringCount
 {
@@ -29,4 +31,16 @@ public:
 private:
   Tstring fText;
   TuInt32 fCount = 0;
+};
+
+/// "TEXT COUNT".
+inline std::ostream& operator<<(std::ostream& out, const TstringCount& each)
+{
+  return out << each.string() << ' ' << each.count();
+}
+
+template <>
+struct std::hash<TstringCount>
+{
+  std::size_t operator()(const TstringCount& each) const noexcept { return hash<Tstring>()(each.string()); }
 };

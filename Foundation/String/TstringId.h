@@ -7,6 +7,8 @@
 
 #include "Foundation/String/Tstring.h"
 
+#include <ostream>
+
 /// Translations by number. A program derives from it and installs one object.
 class FOUNDATION_API TstringCatalog
 {
@@ -73,6 +75,8 @@ public:
   friend bool operator!=(const TstringId& left, const TstringId& right) noexcept { return !(left == right); }
 
 private:
+  friend struct std::hash<TstringId>;
+
   enum Tkind : unsigned char
   {
     kText,
@@ -84,3 +88,18 @@ private:
   TuInt32 fId = 0;
   Tkind fKind = kText;
 };
+
+template <>
+struct std::hash<TstringId>
+{
+  std::size_t operator()(const TstringId& id) const noexcept
+  {
+    return hash<Tstring>()(id.fText) + 31 * id.fId + id.fKind;
+  }
+};
+
+/// The text that a user reads.
+inline std::ostream& operator<<(std::ostream& out, const TstringId& id)
+{
+  return out << id.asString();
+}

@@ -266,6 +266,8 @@ TEST(Tarray, holdsSmallValues)
   add(TscaleArray(), Tscale(2) * Tscale(1, 2, 3));
   add(TfilePathArray(), TfilePath("a/") / "b.c");
   EXPECT_EQ(text.str(), "[4 5 8 8], [1 2 3 4], [5 1 - 2 3], [1 2 3 4], [2 4], [2 4 6], a/b.c, ");
+  EXPECT_EQ(std::hash<TdoubleRange>()({}), std::hash<TdoubleRange>()({2, 1})); // both are empty
+  EXPECT_NE(std::hash<Tline>()({1, 2, 3, 4}), std::hash<Tline>()({3, 4, 1, 2}));
 }
 
 TEST(Tstack, givesBackInReverse)

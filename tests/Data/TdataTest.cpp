@@ -121,6 +121,7 @@ TEST(Tdata, SharesLettersUntilTwoWouldWrite)
   EXPECT_EQ(text(second), "double2 2 4");
   second = first; // the same letter: the role stays
   first = second;
+  first = Tdata(second);
   EXPECT_TRUE(first.writer() && second.holder() && letter->referenceCount() == 2);
 
   second.makeWritable(); // a copy of its own
@@ -144,7 +145,7 @@ TEST(Tdata, SharesLettersUntilTwoWouldWrite)
   first.fromCache(true);
   second = first;
   EXPECT_TRUE(second.isFromCache() && second.isNumeric() && second.writer());
-  first = static_cast<TdataLetter*>(nullptr);
+  first = nullptr;
   EXPECT_TRUE(first.isNULL() && first.isFromCache());
   second = TanimTime(5);
   EXPECT_TRUE((second = first).isNULL());
@@ -185,6 +186,7 @@ TEST(Tdata, ConvertsNumbersByTruncationWithinTheRange)
   EXPECT_EQ(Tdata(1.5).timeValue().ticks(), 9000);
   EXPECT_EQ(Tdata(static_cast<unsigned char>(200)).doubleValue(), 200);
   EXPECT_EQ(Tdata(4000000000U).doubleValue(), 4e9);
+  EXPECT_TRUE(Tdata(kTimeSeconds).isNumeric() && Tdata(std::vector<bool>{true}[0]) == 1); // no ticks
 }
 
 TEST(Tdata, ComparesAndComputesWhereItMeansSomething)
@@ -493,6 +495,8 @@ TEST(Tdata, LosesNothingWhenMemoryRunsOut)
   writer.makeWritable();
   const std::vector<char> file = fileOf(tree);
   const std::string before = text(tree);
+  TstringArgList arguments;
+  arguments.setText(before.c_str());
   const int failures = forEachFailingAllocation([&] {
     Tdata data = tree;
     try
@@ -523,8 +527,22 @@ TEST(Tdata, LosesNothingWhenMemoryRunsOut)
     catch (const TmemoryException&)
     {
     }
-    delete TmetaLetter::construct("double3");
-    delete Tdata::construct(TdataMatrix::fTypeid);
+    try
+    {
+      Tstring all;
+      arguments.appendAll(all);
+      EXPECT_EQ(all, before);
+      Tdata read;
+      unsigned next = 0;
+      EXPECT_EQ(read.readASCII(arguments, next, -1), 0);
+    }
+    catch (const TmemoryException&)
+    {
+    }
+    const std::unique_ptr<TdataLetter> letter(TmetaLetter::construct("double3"));
+    EXPECT_TRUE(!letter || letter->typeof() == Tdata3Double::fTypeid);
+    const std::unique_ptr<Tdata> made(Tdata::construct(TdataMatrix::fTypeid));
+    EXPECT_TRUE(!made || !made->isNULL());
   });
   EXPECT_GT(failures, 20);
   EXPECT_EQ(text(tree), before);
