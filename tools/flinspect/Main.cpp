@@ -140,7 +140,14 @@ int run(int count, char** words)
   {
     if (wrong.get_exit_code() == 0) // --help and --version
       return app.exit(wrong);
-    std::cerr << "flinspect: " << printable(wrong.what()) << "\nflinspect --help tells more.\n";
+    // Where an argument is missing there may be an option that is none, which tells more.
+    std::string problem = wrong.what();
+    if (wrong.get_exit_code() == int(CLI::ExitCodes::RequiredError))
+    {
+      for (const std::string& each : app.remaining(true))
+        problem = each == "--" ? problem : "The following argument was not expected: " + each;
+    }
+    std::cerr << "flinspect: " << printable(problem) << "\nflinspect --help tells more.\n";
     return kCouldNotRun;
   }
 
