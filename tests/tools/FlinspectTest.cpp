@@ -248,9 +248,14 @@ TEST_F(FlinspectTest, EventsOfAParse)
     {SAMPLES "/tone.aiff", "490: error: bad block, behind SSND at offset 72\n"},
     {SAMPLES "/scene-streamed.for4", "76: error: no end marker, in NAME at offset 12\n"},
     {write("behind", form(form("")) + "surplus bytes"), "24: error: bad root block, behind FORM at offset 0\n"},
-    {write("nothing", "surplus bytes"), "0: error: bad root block\n"}};
+    {write("nothing", "surplus bytes"), "0: error: bad root block\n"},
+    {write("cut", form(chunk("BODY", "1234")).substr(0, 22)), "22: error: the file ends, in BODY at offset 12\n"}};
   for (const auto& [name, message] : stops)
-    EXPECT_EQ(run({"events", name}).err, "flinspect: " + name + ": offset " + message);
+  {
+    const Result stopped = run({"events", name});
+    EXPECT_EQ(stopped.err, "flinspect: " + name + ": offset " + message);
+    EXPECT_EQ(stopped.status, 1);
+  }
   const Result streamed = run({"events", "-"}, write("streamed", begun(kUnknown) + kGend));
   EXPECT_EQ(std::to_string(streamed.status) + streamed.out, "0form FORM TEST\nleaf GEND 0\nleaf GEND 0\n");
 }

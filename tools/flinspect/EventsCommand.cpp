@@ -5,6 +5,7 @@
 #include "Foundation/Iff/TiffFile.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace {
 
@@ -92,11 +93,15 @@ int showEvents(Console& console, Source& source)
   file.initInheritance(source.release());
   file.setCallbackObject(&events);
   const int status = file.parse();
-  const std::string subject = source.name() + ": offset " + std::to_string(file.tell());
-  if (status == kFLioError || status == kFLnoMemory)
-    throw Failure(subject, FLstrerror(status));
+  // What the engine gives where a skip goes past the end, of a file and of a pipe.
+  const bool endsTooSoon = (status == kFLioError && errno == ENODATA) || status == kFLpastBlock;
+  const std::string problem = endsTooSoon ? "the file ends" : FLstrerror(status);
+  const Tint64 offset = source.size() < 0 ? file.tell() : std::min(file.tell(), source.size());
+  const std::string subject = source.name() + ": offset " + std::to_string(offset);
+  if ((status == kFLioError && !endsTooSoon) || status == kFLnoMemory)
+    throw Failure(subject, problem);
   if (status != 0)
-    console.complain(subject + ": error: " + FLstrerror(status) + events.place(file));
+    console.complain(subject + ": error: " + problem + events.place(file));
   if (file.close() != 0)
     throw Failure(source.name(), FLstrerror(flerrno));
   return status == 0 ? kValid : kInvalid;
