@@ -103,8 +103,8 @@ int run(int count, char** words)
 
   CLI::App* const differing = app.add_subcommand(
     "diff", "Compare two files chunk by chunk; exit status 0 the same, 1 different, 2 one is not valid");
-  differing->add_option("A", file, "Files; \"-\" is standard input")->required();
-  differing->add_option("B", target)->required();
+  differing->add_option("A", file, "File; one of both may be \"-\", standard input")->required();
+  differing->add_option("B", target, "The other file")->required();
   differing->callback([&] {
     command = [&](Console& console, Source& source) {
       if (file == "-" && target == "-")
@@ -129,6 +129,9 @@ int run(int count, char** words)
     isQuiet = target != "-";
     command = [&](Console& console, Source& source) { return copy(console, source, target); };
   });
+
+  for (CLI::App* each : app.get_subcommands({}))
+    each->footer("--open-forms goes with every command; flinspect --help tells of it.");
 
   try
   {
