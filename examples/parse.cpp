@@ -24,7 +24,7 @@ public:
       fIndent.resize(fIndent.size() < 2 ? 0 : fIndent.size() - 2);
       return 0;
     }
-    std::cout << fIndent << id << " " << size;
+    std::cout << fIndent << id << " " << (size < 0 ? "?" : std::to_string(size)); // not known, out of a pipe
     if (id == TiffTag::kNAME)
     {
       char name[80];
@@ -78,7 +78,7 @@ int main(int argc, char** argv)
   TiffFile file(name, "r");
   Printer printer;
   file.setCallbackObject(&printer);
-  if (file.parse() != 0)
+  if (!file.isActive() || file.parse() != 0)
   {
     file.perror(name);
     return 1;

@@ -17,8 +17,10 @@ class TdataCompound;
 ///   TiffFile file("scene.for4", "r");
 ///   TdataReader reader;
 ///   file.setCallbackObject(&reader);
-///   if (file.parse() == 0)
-///     std::cout << reader.values()[0];
+///   if (!file.isActive() || file.parse() != 0)
+///     file.perror("scene.for4");
+///   for (const Tdata& each : reader.values())
+///     std::cout << each << "\n";
 /// \endcode
 ///
 /// Stops the parse with kFLbadBlock at more than TdataCompound::kMostLevels groups in each other, with kFLbadId at a
@@ -29,8 +31,8 @@ class FOUNDATION_API TdataReader : public TiffParserCallback
 public:
   TdataReader() { setMethodsToUse(1); }
 
-  /// What has been read at the outermost level: as a rule one group. A group that the parse stopped in has the children
-  /// up to there.
+  /// What has been read at the outermost level: as a rule one group, of an empty file none. A group that the parse
+  /// stopped in has the children up to there.
   const TDarray& values() const noexcept { return fValues; }
   TDarray& values() noexcept { return fValues; }
 

@@ -208,7 +208,8 @@ FOUNDATION_API int FLsettmp(_FLfile* file);
 // Reading
 
 /// Reads the header of the next chunk of the current group, or of the file, into \p id and \p size (either may be
-/// null). Asked again before the chunk is ended it answers the same.
+/// null). A size that is not known is negative, FL_SIZE_STREAMED for one. Asked again before the chunk is ended it
+/// answers the same.
 ///
 ///     0                    a plain chunk: read it with FLget or FLbgnread, end it with FLendget
 ///     kFLgroupHeader       a group: enter it with FLbgnreadgroup, or skip it with FLendget

@@ -128,7 +128,8 @@ public:
   // -------------------------------------------------------------------------------------------------------------------
   // Reading chunks
 
-  /// The header of the next chunk, and the end of the chunk: FLbgnget, FLendget. \p size may be null.
+  /// The header of the next chunk, and the end of the chunk: FLbgnget, FLendget. \p size may be null; one that is not
+  /// known is negative.
   int beginGet(TiffTag& id, Tint32* size);
   int endGet() { return FLendget(fFile); }
 
@@ -174,7 +175,8 @@ public:
 
   /// Walks what is left of the current group, or of the file, with all groups in it: a form event for a form or
   /// property group, a list event for a list or concatenation, then the events of its members, then a leaf event "GEND"
-  /// of size 0; a leaf event for a plain chunk. The current group itself, and the file, end in a "GEND" as well.
+  /// of size 0; a leaf event for a plain chunk, of negative size where that is not known. The current group itself, and
+  /// the file, end in a "GEND" as well.
   ///
   /// An event is answered with 0 to go on: into the group, or behind the chunk. Any other answer stops the walk at once
   /// and is returned. Two have a meaning: 47 stops without an error. 1 ends the level that the chunk or group stands

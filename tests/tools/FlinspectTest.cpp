@@ -242,7 +242,20 @@ TEST_F(FlinspectTest, EventsOfAParse)
                         "  leaf GEND 0\n"
                         "leaf GEND 0\n"
                         "form FORM TEST\n");
-  EXPECT_EQ(events.err, "flinspect: " + file + ": offset 60: error: bad size\n");
+  // Where a parse stops.
+  const std::pair<std::string, const char*> stops[] = {
+    {file, "60: error: bad size, in FORM at offset 48\n"},
+    {SAMPLES "/tone.aiff", "490: error: bad block, behind SSND at offset 72\n"},
+    {SAMPLES "/scene-streamed.for4", "76: error: no end marker, in NAME at offset 12\n"},
+    {write("behind", form(form("")) + "surplus bytes"), "24: error: bad root block, behind FORM at offset 0\n"},
+    {write("nothing", "surplus bytes"), "0: error: bad root block\n"},
+    {write("cut", form(chunk("BODY", "1234")).substr(0, 22)), "22: error: the file ends, in BODY at offset 12\n"}};
+  for (const auto& [name, message] : stops)
+  {
+    const Result stopped = run({"events", name});
+    EXPECT_EQ(stopped.err, "flinspect: " + name + ": offset " + message);
+    EXPECT_EQ(stopped.status, 1);
+  }
   const Result streamed = run({"events", "-"}, write("streamed", begun(kUnknown) + kGend));
   EXPECT_EQ(std::to_string(streamed.status) + streamed.out, "0form FORM TEST\nleaf GEND 0\nleaf GEND 0\n");
 }
@@ -322,6 +335,8 @@ TEST_F(FlinspectTest, Usage)
     {{"check", sample}, 0, sample + ": valid, 1 group, 3 chunks\n"},
     {{}, 2, "flinspect: "},
     {{"--wrong", sample}, 2, "flinspect: "},
+    {{"--wrong"}, 2, "flinspect: The following argument was not expected: --wrong\n"},
+    {{"tree", "--"}, 2, "flinspect: FILE is required\n"},
     {{"--color=sometimes", sample}, 2, "flinspect: "},
     {{"extract", sample}, 2, "flinspect: "},
     {{"copy", sample, path("x"), path("y")}, 2, "flinspect: "},

@@ -69,9 +69,10 @@ public:
 
   void departure(Severity severity, Tint64 offset, const std::string& message) override
   {
+    startEntry(); // and with it a line, which the message then has to itself on a terminal
     Inspection::departure(severity, offset, message);
-    putEntry(std::string(R"({"kind":")") + (severity == Severity::kOddity ? "oddity" : "error") + R"(","offset":)" +
-             std::to_string(offset) + R"(,"message":)" + literal(message) + "}");
+    fConsole.put(std::string(R"({"kind":")") + (severity == Severity::kOddity ? "oddity" : "error") + R"(","offset":)" +
+                 std::to_string(offset) + R"(,"message":)" + literal(message) + "}");
   }
 
   void finish()
@@ -91,10 +92,15 @@ private:
            (chunk.fHasSize ? std::to_string(chunk.padding(size)) : "null");
   }
 
-  void putEntry(const std::string& entry)
+  void startEntry()
   {
     fConsole.put(fHasEntries ? ",\n" : "\n");
     fHasEntries = true;
+  }
+
+  void putEntry(const std::string& entry)
+  {
+    startEntry();
     fConsole.put(entry);
   }
 

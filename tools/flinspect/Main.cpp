@@ -103,8 +103,8 @@ int run(int count, char** words)
 
   CLI::App* const differing = app.add_subcommand(
     "diff", "Compare two files chunk by chunk; exit status 0 the same, 1 different, 2 one is not valid");
-  differing->add_option("A", file, "Files; \"-\" is standard input")->required();
-  differing->add_option("B", target)->required();
+  differing->add_option("A", file, "File; one of both may be \"-\", standard input")->required();
+  differing->add_option("B", target, "The other file")->required();
   differing->callback([&] {
     command = [&](Console& console, Source& source) {
       if (file == "-" && target == "-")
@@ -130,6 +130,9 @@ int run(int count, char** words)
     command = [&](Console& console, Source& source) { return copy(console, source, target); };
   });
 
+  for (CLI::App* each : app.get_subcommands({}))
+    each->footer("--open-forms goes with every command; flinspect --help tells of it.");
+
   try
   {
     std::vector<std::string> arguments = withCommand({words + std::min(count, 1), words + count}, app);
@@ -140,7 +143,14 @@ int run(int count, char** words)
   {
     if (wrong.get_exit_code() == 0) // --help and --version
       return app.exit(wrong);
-    std::cerr << "flinspect: " << printable(wrong.what()) << "\nflinspect --help tells more.\n";
+    // Where an argument is missing there may be an option that is none, which tells more.
+    std::string problem = wrong.what();
+    if (wrong.get_exit_code() == int(CLI::ExitCodes::RequiredError))
+    {
+      for (const std::string& each : app.remaining(true))
+        problem = each == "--" ? problem : "The following argument was not expected: " + each;
+    }
+    std::cerr << "flinspect: " << printable(problem) << "\nflinspect --help tells more.\n";
     return kCouldNotRun;
   }
 
