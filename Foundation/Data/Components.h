@@ -22,9 +22,9 @@
 template <class Function>
 decltype(auto) withNumber(TnumberType type, Function&& function)
 {
-  // NOLINTNEXTLINE(bugprone-branch-clone): the types differ
   switch (type)
   {
+  // NOLINTNEXTLINE(bugprone-branch-clone): the types differ
   case TnumberType::kInt16: return function(Tint16());
   case TnumberType::kInt32: return function(Tint32());
   case TnumberType::kFloat: return function(float());

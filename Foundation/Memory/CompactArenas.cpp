@@ -18,7 +18,7 @@ union Tlasting
     : arena(blockSize, kPageBytes, kName)
   {
   }
-  ~Tlasting() {}
+  ~Tlasting() {} // NOLINT(modernize-use-equals-default): that would be deleted
 
   TcompactArena arena;
 };

@@ -153,10 +153,10 @@ TcompactArena::TcompactPage* TcompactArena::pageOf(const void* block) const noex
   for (unsigned count = fPageCount; count > 1;)
   {
     const unsigned half = count / 2;
-    page += std::size_t(half) & -std::size_t(!std::less<const void*>()(block, page[half]));
+    page += std::size_t(half) & -std::size_t(!std::less<>()(block, page[half]));
     count -= half;
   }
-  return std::less<const void*>()(block, *page) ? nullptr : *page;
+  return std::less<>()(block, *page) ? nullptr : *page;
 }
 
 // A new page among the saved ones.

@@ -1,6 +1,5 @@
 #include "Foundation/Notify/TdelayedClientServer.h"
 
-#include "Foundation/Container/TtypedArray.h"
 #include "Foundation/Data/Typed.h"
 
 #include <algorithm>
@@ -11,12 +10,6 @@ TYPE_CAST(TdelayedClientServer, TclientServer)
 
 namespace {
 
-struct DelayedType
-{
-  Tmetaclass* fType;
-  unsigned int fCount; // calls to be taken back
-};
-
 class TserverMsgPtrList : public TtypedArray<TserverMsg*>
 {};
 
@@ -24,8 +17,8 @@ class TserverMsgPtrList : public TtypedArray<TserverMsg*>
 
 struct TdelayedClientServer::Queue
 {
-  TtypedArray<DelayedType> fTypes{1}; // a class stands before those that it derives from
-  TserverMsgPtrList fMessages;        // owned
+  TdelayedMsgTypeArray fTypes{1}; // a class stands before those that it derives from
+  TserverMsgPtrList fMessages;    // owned
 
   ~Queue() { std::for_each(fMessages.begin(), fMessages.end(), std::default_delete<TserverMsg>()); }
 };
@@ -37,9 +30,9 @@ TdelayedClientServer::~TdelayedClientServer()
 
 unsigned char TdelayedClientServer::delayed(Tmetaclass* type) const noexcept
 {
-  return fQueue && type && std::any_of(fQueue->fTypes.begin(), fQueue->fTypes.end(), [type](const DelayedType& each) {
-           return type->isa(each.fType);
-         });
+  return fQueue && type &&
+         std::any_of(fQueue->fTypes.begin(), fQueue->fTypes.end(),
+                     [type](const TdelayedMsgType& each) { return type->isa(each.fType); });
 }
 
 void TdelayedClientServer::notifyClients(const TserverMsg& msg)
@@ -94,11 +87,11 @@ void TdelayedClientServer::delayNotification(Tmetaclass* type, unsigned char on)
     return;
   if (!fQueue)
     fQueue = makeNew<Queue>();
-  TtypedArray<DelayedType>& types = fQueue->fTypes;
-  DelayedType* const first =
-    std::find_if(types.begin(), types.end(), [type](const DelayedType& each) { return type->isa(each.fType); });
-  DelayedType* const exact =
-    std::find_if(first, types.end(), [type](const DelayedType& each) { return each.fType == type; });
+  TdelayedMsgTypeArray& types = fQueue->fTypes;
+  TdelayedMsgType* const first =
+    std::find_if(types.begin(), types.end(), [type](const TdelayedMsgType& each) { return type->isa(each.fType); });
+  TdelayedMsgType* const exact =
+    std::find_if(first, types.end(), [type](const TdelayedMsgType& each) { return each.fType == type; });
   if (exact == types.end())
   {
     if (on)

@@ -7,7 +7,21 @@
 
 #pragma once
 
+#include "Foundation/Container/TtypedArray.h"
 #include "Foundation/Notify/TclientServer.h"
+
+/// A class of messages that is delayed, and how many calls are still to be taken back.
+struct TdelayedMsgType
+{
+  Tmetaclass* fType;
+  unsigned int fCount;
+};
+
+class TdelayedMsgTypeArray : public TtypedArray<TdelayedMsgType>
+{
+public:
+  using TtypedArray::TtypedArray;
+};
 
 /// A TclientServer with a queue.
 ///

@@ -100,7 +100,7 @@ TYPED_TEST(TypedArray, doesWhatAVectorDoes)
     Tarray &untyped = other, &source = array; // which know nothing of elements
     untyped = source;
     expectEqual(other, model);
-    source = std::move(untyped);
+    source = std::move(static_cast<Tarray&>(other));
     expectEqual(array, model);
     other.create(4, 2);
     other.changeLogicalSizeTo(9);

@@ -26,7 +26,7 @@ public:
     gWorld = this;
   }
 
-  ~World() // NOLINT(bugprone-exception-escape): callbacks throw to a callback only
+  ~World() // callbacks throw to a callback only
   {
     for (TclientServer*& server : fServers)
     {

@@ -33,7 +33,6 @@ struct Parts : TdictionaryOf<Node>
   void insert(Node node) { insertNode(node); }
 };
 
-// NOLINTNEXTLINE(bugprone-exception-escape): gdb looks on, and nobody else
 int main()
 {
   // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): for the count of shares
