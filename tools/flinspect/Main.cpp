@@ -148,7 +148,10 @@ int run(int count, char** words)
     if (wrong.get_exit_code() == int(CLI::ExitCodes::RequiredError))
     {
       for (const std::string& each : app.remaining(true))
-        problem = each == "--" ? problem : "The following argument was not expected: " + each;
+      {
+        if (each != "--")
+          problem = "The following argument was not expected: " + each;
+      }
     }
     std::cerr << "flinspect: " << printable(problem) << "\nflinspect --help tells more.\n";
     return kCouldNotRun;
