@@ -173,7 +173,7 @@ const char* skipBlanks(const char* text)
 // Whether \p text is blanks, a sign out of \p signs or none, digits, blanks, and ends there.
 bool isInteger(const Tstring& string, const char* signs)
 {
-  const char* text = skipBlanks(string.begin());
+  const char* text = skipBlanks(string.asC());
   if (*text && std::strchr(signs, *text))
     ++text;
   if (!isDigit(*text))
@@ -874,7 +874,7 @@ bool Tstring::isUInt32() const noexcept
 
 bool Tstring::isDouble() const noexcept
 {
-  const char* const first = skipBlanks(begin());
+  const char* const first = skipBlanks(asC());
   if (isSpace(*first)) // strtod skips more than blanks
     return false;
   char* last;

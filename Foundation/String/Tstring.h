@@ -189,8 +189,10 @@ public:
   {
     return fData ? std::string_view(fData->text(), fData->fLength) : std::string_view();
   }
-  const char* begin() const noexcept { return asC(); }
-  const char* end() const noexcept { return asC() + length(); }
+
+  /// Null without a buffer, not two "" that need not be the same one.
+  const char* begin() const noexcept { return fData ? fData->text() : nullptr; }
+  const char* end() const noexcept { return fData ? fData->text() + fData->fLength : nullptr; }
 
   /// The byte at \p i; 0 from the length on.
   char operator[](unsigned long i) const noexcept { return i < length() ? fData->text()[i] : '\0'; }
